@@ -1,0 +1,45 @@
+# Two commands for a user: `make run` and `make test`. Both install what is
+# missing (scripts/bootstrap) and build first.
+JOBS ?= $(shell nproc)
+ZELTO_MESH = build/default/bin/zelto-mesh
+
+.PHONY: all bootstrap build run test test-default test-asan test-tsan bench clean
+
+all: build
+
+bootstrap:
+	@scripts/bootstrap
+
+build: bootstrap
+	cmake --preset default >/dev/null
+	cmake --build --preset default -j $(JOBS)
+
+# The main job on its built-in default: the synthetic scene with the
+# "person" mask, PLY meshes, a preview and per-frame statistics in out/.
+run: build
+	$(ZELTO_MESH) run --mask person --out out --preview out/preview.png --stats out/stats.jsonl
+
+# The suite twice (normal, then AddressSanitizer + UBSan), then the
+# concurrency suite under ThreadSanitizer.
+test: bootstrap test-default test-asan test-tsan
+
+test-default:
+	cmake --preset default >/dev/null
+	cmake --build --preset default -j $(JOBS)
+	ctest --preset default
+
+test-asan:
+	cmake --preset asan >/dev/null
+	cmake --build --preset asan -j $(JOBS)
+	ctest --preset asan
+
+test-tsan:
+	cmake --preset tsan >/dev/null
+	cmake --build --preset tsan -j $(JOBS) --target concurrency_tests
+	ctest --preset tsan
+
+bench: build
+	build/default/bin/zelto_bench
+
+clean:
+	rm -rf build out

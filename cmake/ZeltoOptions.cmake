@@ -1,0 +1,30 @@
+# Shared build settings: warnings, sanitizers and third-party targets.
+
+# msgpack-c is used header-only and without Boost; Debian's config package
+# would drag Boost in, so the include directory is found directly.
+find_path(MSGPACK_INCLUDE_DIR msgpack.hpp REQUIRED)
+add_library(zelto_msgpack INTERFACE)
+target_include_directories(zelto_msgpack SYSTEM INTERFACE ${MSGPACK_INCLUDE_DIR})
+target_compile_definitions(zelto_msgpack INTERFACE MSGPACK_NO_BOOST MSGPACK_DEFAULT_API_VERSION=3)
+
+if(ZELTO_SANITIZE)
+  # Halt on the first error of any sanitizer.
+  add_compile_options(-fsanitize=${ZELTO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${ZELTO_SANITIZE})
+endif()
+
+# Project code: strict warnings. Applied per target so that third-party code
+# is not held to them.
+function(zelto_project_target target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Werror)
+endfunction()
+
+# Component code: strict warnings, no floating-point contraction (identical
+# float results on x86-64 and arm64), hidden symbols.
+function(zelto_component_target target)
+  zelto_project_target(${target})
+  target_compile_options(${target} PRIVATE -ffp-contract=off)
+  set_target_properties(${target} PROPERTIES
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+endfunction()

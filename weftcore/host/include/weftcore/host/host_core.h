@@ -1,0 +1,67 @@
+// The host substitute's Core: a stream registry over loaded components.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "weftcore/core.h"
+#include "weftcore/host/component_library.h"
+#include "weftcore/host/configuration.h"
+#include "weftcore/host/heap_allocator.h"
+#include "weftcore/stream_source.h"
+
+namespace weftcore {
+namespace host {
+
+class HostStream;
+
+class HostCore final : public Core {
+ public:
+  explicit HostCore(HostConfiguration configuration,
+                    std::vector<std::string> search_paths = DefaultSearchPaths());
+  // Closes every stream still open, then unloads the components.
+  ~HostCore() override;
+
+  // Serves the component `name` from entry points linked into this program
+  // instead of loading a library.
+  Status RegisterComponent(const std::string& name, CreateComponentFunction create,
+                           DestroyComponentFunction destroy);
+
+  // Reference-counted: every Initialize needs a Finalize. Finalize without a
+  // matching Initialize is harmless and returns OK.
+  Status Initialize() override;
+  bool IsInitialized() const override;
+  Status Finalize() override;
+
+  // Creates the source through its component's factory, calls
+  // RegisterMandatoryProperties and Open(core, util). On failure the source is
+  // closed, released and nothing is returned.
+  Status OpenStream(const std::string& key, Stream** stream) override;
+  // Calls Close on the source, releases it through its factory.
+  Status CloseStream(Stream* stream) override;
+
+  HeapAllocator& allocator() { return allocator_; }
+  int InitializeCount() const;
+  // The source behind an open stream of this core (tests reach the concrete
+  // source through it); null for a stream this core did not open.
+  StreamSource* SourceOf(Stream* stream) const;
+  // Keys of the streams open right now, in opening order.
+  std::vector<std::string> OpenStreamKeys() const;
+
+ private:
+  Status FindComponent(const std::string& name, ComponentLibrary** component);
+
+  HostConfiguration configuration_;
+  std::vector<std::string> search_paths_;
+  HeapAllocator allocator_;
+  mutable std::recursive_mutex mutex_;
+  int initialize_count_ = 0;
+  std::map<std::string, std::unique_ptr<ComponentLibrary>> components_;
+  std::vector<std::unique_ptr<HostStream>> streams_;
+};
+
+}  // namespace host
+}  // namespace weftcore

@@ -1,0 +1,109 @@
+// Serialized property access (Part 4.1): the accessor that turns a client's
+// bytes into a typed record, calls the source's handler and encodes the answer.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "weftcore/export.h"
+#include "weftcore/serialize.h"
+#include "weftcore/status.h"
+
+namespace weftcore {
+
+class WEFTCORE_API PropertyAccessor {
+ public:
+  explicit PropertyAccessor(std::string key) : key_(std::move(key)) {}
+  PropertyAccessor(const PropertyAccessor&) = delete;
+  PropertyAccessor& operator=(const PropertyAccessor&) = delete;
+
+  virtual Status Set(const std::string& key, const void* serialized_property,
+                     size_t serialized_size) = 0;
+  virtual Status Get(const std::string& key, void** serialized_property, size_t* serialized_size,
+                     const void* serialized_input_property, size_t serialized_input_size) = 0;
+  virtual Status Release(const std::string& key, void* serialized_property,
+                         size_t serialized_size) = 0;
+  virtual ~PropertyAccessor();
+
+  const std::string& key() const { return key_; }
+
+ private:
+  std::string key_;
+};
+
+template <typename Source, typename T>
+class DeserializedPropertyAccessor final : public PropertyAccessor {
+ public:
+  DeserializedPropertyAccessor(const std::string& key, Source* source)
+      : PropertyAccessor(key), source_(source) {}
+
+  Status Set(const std::string& key, const void* serialized_property,
+             size_t serialized_size) override {
+    Status status;
+    if (serialized_property != nullptr && serialized_size != 0) {
+      T record{};
+      serialize::MsgPackDecoder decoder(serialized_property, serialized_size);
+      status = decoder.Pop(record);
+      if (status.IsError()) return status.AddTrace(nullptr, 0);
+      status = source_->Set(key, &record);
+    } else {
+      status = source_->Set(key, static_cast<const T*>(nullptr));
+    }
+    if (status.IsError()) status.AddTrace(nullptr, 0);
+    return status;
+  }
+
+  Status Get(const std::string& key, void** serialized_property, size_t* serialized_size,
+             const void* serialized_input_property, size_t serialized_input_size) override {
+    if (serialized_property == nullptr) {
+      return Status(kLevelError, kCauseInvalidArgument, "serialized_property is null")
+          .SetBlock("core");
+    }
+    if (serialized_size == nullptr) {
+      return Status(kLevelError, kCauseInvalidArgument, "serialized_size is null")
+          .SetBlock("core");
+    }
+    T record{};
+    if (serialized_input_size != 0) {
+      if (serialized_input_property == nullptr) {
+        return Status(kLevelError, kCauseInvalidArgument, "serialized_input_property is null")
+            .SetBlock("core");
+      }
+      serialize::MsgPackDecoder decoder(serialized_input_property, serialized_input_size);
+      Status status = decoder.Pop(record);
+      if (status.IsError()) return status.AddTrace(nullptr, 0);
+    }
+    Status status = source_->Get(key, &record);
+    if (status.IsError()) return status.AddTrace(nullptr, 0);
+
+    serialize::SerializedBuffer buffer;
+    serialize::MsgPackEncoder encoder(&buffer);
+    status = encoder.Push(record);
+    if (status.IsError()) return status.AddTrace(nullptr, 0);
+
+    const size_t size = buffer.size();
+    uint8_t* bytes = nullptr;
+    if (size != 0) {
+      bytes = new uint8_t[size];
+      serialize::Memcpy(bytes, size, buffer.data(), size);
+    }
+    *serialized_size = size;
+    *serialized_property = bytes;
+    return Status();
+  }
+
+  Status Release(const std::string& /*key*/, void* serialized_property,
+                 size_t serialized_size) override {
+    if (serialized_property != nullptr && serialized_size != 0) {
+      delete[] static_cast<uint8_t*>(serialized_property);
+    }
+    return Status();
+  }
+
+ private:
+  Source* source_;  // not owned
+};
+
+}  // namespace weftcore

@@ -1,0 +1,119 @@
+// Records to bytes and back (Part 4.1): SerializedBuffer, MsgPackEncoder,
+// MsgPackDecoder. Every record is one MessagePack map with string keys.
+#pragma once
+
+#ifndef MSGPACK_NO_BOOST
+#define MSGPACK_NO_BOOST
+#endif
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <vector>
+
+#include <msgpack.hpp>
+
+#include "weftcore/export.h"
+#include "weftcore/status.h"
+
+namespace weftcore {
+namespace serialize {
+
+// Same shape as osal::OSMemcpy: copies nothing and returns false when `dst`
+// cannot hold `count` bytes or a pointer is null.
+WEFTCORE_API bool Memcpy(void* dst, size_t dst_size, const void* src, size_t count);
+
+// A growable byte buffer; `write` is the sink interface of msgpack's packer.
+class SerializedBuffer {
+ public:
+  void write(const char* bytes, size_t count) { Append(bytes, count); }
+  void Append(const void* bytes, size_t count) {
+    const auto* first = static_cast<const uint8_t*>(bytes);
+    data_.insert(data_.end(), first, first + count);
+  }
+  const uint8_t* data() const { return data_.data(); }
+  size_t size() const { return data_.size(); }
+
+ private:
+  std::vector<uint8_t> data_;
+};
+
+class MsgPackEncoder {
+ public:
+  explicit MsgPackEncoder(SerializedBuffer* buffer) : buffer_(buffer) {}
+
+  template <typename T>
+  Status Push(const T& property) {
+    if (buffer_ == nullptr) {
+      return Status(kLevelError, kCauseInvalidArgument, "buffer is null").SetBlock("core");
+    }
+    try {
+      msgpack::packer<SerializedBuffer> packer(*buffer_);
+      packer.pack(property);
+    } catch (const std::exception& e) {
+      return Status(kLevelError, kCauseSerializer, "what=%s, buffer_size=%zu", e.what(),
+                    buffer_->size())
+          .SetBlock("core");
+    }
+    return Status();
+  }
+
+ private:
+  SerializedBuffer* buffer_;
+};
+
+class MsgPackDecoder {
+ public:
+  MsgPackDecoder(const void* data, size_t size, size_t offset = 0)
+      : data_(static_cast<const char*>(data)), size_(size), offset_(offset) {}
+
+  size_t offset() const { return offset_; }
+
+  template <typename T>
+  Status Pop(T& property) {
+    if (data_ == nullptr) {
+      return Status(kLevelError, kCauseInvalidArgument, "buffer is null").SetBlock("core");
+    }
+    if (size_ <= offset_) {
+      return Status(kLevelError, kCauseEndOfData, "end of buffer: size=%zu, offset=%zu", size_,
+                    offset_)
+          .SetBlock("core");
+    }
+    // msgpack advances `current` to the end of the input when it runs out of
+    // bytes, and past the object when the parse succeeds.
+    size_t current = offset_;
+    try {
+      msgpack::object_handle handle =
+          msgpack::unpack(data_, size_, current, &ReferenceEverything, nullptr, Limits());
+      handle.get().convert(property);
+    } catch (const std::exception& e) {
+      const unsigned char byte =
+          current < size_ ? static_cast<unsigned char>(data_[current]) : 0;
+      return Status(kLevelError, kCauseSerializer,
+                    "what=%s, buffer_size=%zu, offset=%zu, current=%zu(0x%02hhx)", e.what(), size_,
+                    offset_, current, byte)
+          .SetBlock("core");
+    }
+    offset_ = current;
+    return Status();
+  }
+
+ private:
+  static bool ReferenceEverything(msgpack::type::object_type, size_t, void*) { return true; }
+
+  // No container or payload can be longer than the bytes left, so counts
+  // above that are rejected before anything is allocated for them.
+  msgpack::unpack_limit Limits() const {
+    const size_t left = size_ - offset_;
+    return msgpack::unpack_limit(left, left, left, left, left, kMaxDepth);
+  }
+
+  static constexpr size_t kMaxDepth = 64;
+
+  const char* data_;
+  size_t size_;
+  size_t offset_;
+};
+
+}  // namespace serialize
+}  // namespace weftcore

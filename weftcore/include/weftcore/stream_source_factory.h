@@ -1,0 +1,56 @@
+// Component-side factory and component object (Part 1.1), and the two entry
+// points a component library exports (Part 1.2).
+#pragma once
+
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "weftcore/export.h"
+#include "weftcore/status.h"
+#include "weftcore/stream_source.h"
+
+namespace weftcore {
+
+// Arguments the host passes to a component: a configuration's key/value pairs.
+struct ComponentArgument {
+  std::map<std::string, std::string> values;
+};
+
+class WEFTCORE_API StreamSourceFactory {
+ public:
+  StreamSourceFactory() = default;
+  StreamSourceFactory(const StreamSourceFactory&) = delete;
+  StreamSourceFactory& operator=(const StreamSourceFactory&) = delete;
+
+  virtual void GetSupportedList(const ComponentArgument& args,
+                                std::vector<std::pair<std::string, int>>* list) = 0;  // 1
+  virtual Status CreateSource(const std::pair<std::string, int>& type,
+                              StreamSource** source) = 0;                             // 2
+  // Default: destroys a non-null source through its virtual destructor.
+  virtual void ReleaseSource(StreamSource* source);                                   // 3
+  virtual ~StreamSourceFactory();                                                     // 4
+};
+
+// The object a component library hands to the host. Owns its factory.
+class WEFTCORE_API StandardComponent {
+ public:
+  explicit StandardComponent(StreamSourceFactory* factory);
+  StandardComponent(const StandardComponent&) = delete;
+  StandardComponent& operator=(const StandardComponent&) = delete;
+  virtual ~StandardComponent();
+
+  StreamSourceFactory* GetFactory() const { return factory_; }
+
+ private:
+  StreamSourceFactory* factory_;
+};
+
+// Signatures of the exported, unmangled entry points of a component library.
+using CreateComponentFunction = StandardComponent* (*)();
+using DestroyComponentFunction = void (*)(StandardComponent*);
+constexpr char kCreateComponentSymbol[] = "CreateComponent";
+constexpr char kDestroyComponentSymbol[] = "DestroyComponent";
+
+}  // namespace weftcore

@@ -1,0 +1,38 @@
+// What a source receives in Open besides the core (Part 1.1): allocator
+// look-up and property registration (Part 4.1).
+#pragma once
+
+#include <string>
+
+#include "weftcore/export.h"
+#include "weftcore/memory_allocator.h"
+#include "weftcore/property_accessor.h"
+#include "weftcore/status.h"
+
+namespace weftcore {
+
+class WEFTCORE_API StreamSourceUtility {
+ public:
+  StreamSourceUtility() = default;
+  StreamSourceUtility(const StreamSourceUtility&) = delete;
+  StreamSourceUtility& operator=(const StreamSourceUtility&) = delete;
+  virtual ~StreamSourceUtility();
+
+  // The empty key names the default allocator.
+  virtual Status GetAllocator(const std::string& key, MemoryAllocator** allocator) = 0;
+  // Takes ownership of `accessor` on success only.
+  virtual Status RegisterProperty(PropertyAccessor* accessor) = 0;
+
+  template <typename T, typename Source>
+  Status CreateProperty(const std::string& key, Source* source) {
+    PropertyAccessor* accessor = new DeserializedPropertyAccessor<Source, T>(key, source);
+    Status status = RegisterProperty(accessor);
+    if (status.IsError()) {
+      delete accessor;
+      status.AddTrace(nullptr, 0);
+    }
+    return status;
+  }
+};
+
+}  // namespace weftcore

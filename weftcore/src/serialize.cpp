@@ -1,0 +1,13 @@
+#include "weftcore/serialize.h"
+
+#include "weftcore/osal.h"
+
+namespace weftcore {
+namespace serialize {
+
+bool Memcpy(void* dst, size_t dst_size, const void* src, size_t count) {
+  return osal::OSMemcpy(dst, dst_size, src, count);
+}
+
+}  // namespace serialize
+}  // namespace weftcore
