@@ -67,10 +67,25 @@ class ZeltoMeshStreamSource : public weftcore::StreamSource {
   void SetClockForTesting(ClockFunction clock) { now = clock; }
 
  private:
-  // Part 3.3
+  // Tests read the private state through this peer (tests/component).
+  friend class ZeltoMeshStreamSourceTestPeer;
+
+  // Part 1.4, GetFrames step 1: at most one frame request per millisecond.
+  void PaceFrameRequests();
+  // Part 1.4, GetFrames step 4: caches the camera's size and intrinsics.
+  void ReadCameraConfiguration();
+  // Part 1.4, GetFrames steps 1 to 11, without the exception guard.
+  void NextFrame(std::vector<weftcore::FrameInfo>* frames);
+  // Part 1.4, GetFrames steps 4 to 10 on one upstream frame.
+  void ProduceFrame(weftcore::Frame* upstream, std::vector<weftcore::FrameInfo>* frames);
+
+  // Part 3.3 (zelto_mesh_streamsource_segmentation.cpp)
   void StartSegmentationStream();
   void StopSegmentationStream();
+  // GetFrames step 7: opens or closes the segmentation stream, refreshes the
+  // calibration.
   void ControlSegmentationStream();
+  // GetFrames step 8: blanks the masked points of `raw` in place.
   void ApplySegmentationMasks(weftcore::Channel::RawData* raw);
 
   // Members of Part 1.3, in its order.

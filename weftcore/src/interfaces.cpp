@@ -29,6 +29,7 @@ Status StreamSource::Open(StreamSourceUtility* /*util*/) {
 void StreamSource::CatchErrorSendingFrame(const Status& /*status*/) {}
 
 void StreamSource::RegisterMandatoryProperties(StreamSourceUtility* util) {
+  if (util == nullptr) return;
   util->CreateProperty<ChannelInfoProperty, StreamSource>(kChannelInfoPropertyKey, this);
   util->CreateProperty<FrameRateProperty, StreamSource>(kFrameRatePropertyKey, this);
 }

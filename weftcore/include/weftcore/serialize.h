@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <exception>
 #include <vector>
 
@@ -37,6 +38,29 @@ class SerializedBuffer {
  private:
   std::vector<uint8_t> data_;
 };
+
+}  // namespace serialize
+}  // namespace weftcore
+
+// Part 4.1 writes every 32-bit float field as float 32 (0xCA and four bytes,
+// big-endian). msgpack-c 4 packs a whole-valued float (0.0, -0.0, 1.0, 30.0)
+// as an integer instead, which changes the wire form and loses -0.0; this
+// specialization restores float 32 for everything packed into the
+// framework's buffer. It must precede every use of that packer.
+template <>
+inline msgpack::v1::packer<weftcore::serialize::SerializedBuffer>&
+msgpack::v1::packer<weftcore::serialize::SerializedBuffer>::pack_float(float d) {
+  uint32_t bits;
+  std::memcpy(&bits, &d, sizeof bits);
+  const char bytes[5] = {static_cast<char>(0xCA), static_cast<char>(bits >> 24),
+                         static_cast<char>(bits >> 16), static_cast<char>(bits >> 8),
+                         static_cast<char>(bits)};
+  append_buffer(bytes, sizeof bytes);
+  return *this;
+}
+
+namespace weftcore {
+namespace serialize {
 
 class MsgPackEncoder {
  public:
@@ -79,20 +103,20 @@ class MsgPackDecoder {
                     offset_)
           .SetBlock("core");
     }
-    // msgpack advances `current` to the end of the input when it runs out of
-    // bytes, and past the object when the parse succeeds.
+    // `current` is where the parser got to: past the object once the parse
+    // succeeds (so a failed conversion reports the byte after the object).
     size_t current = offset_;
     try {
       msgpack::object_handle handle =
           msgpack::unpack(data_, size_, current, &ReferenceEverything, nullptr, Limits());
       handle.get().convert(property);
+    } catch (const msgpack::insufficient_bytes& e) {
+      // The parser consumed every byte and wanted more. msgpack-c 4 leaves
+      // `current` at the start of the unfinished element; Part 4.1 reports
+      // the end of the input (byte 0x00).
+      return Failure(e, size_);
     } catch (const std::exception& e) {
-      const unsigned char byte =
-          current < size_ ? static_cast<unsigned char>(data_[current]) : 0;
-      return Status(kLevelError, kCauseSerializer,
-                    "what=%s, buffer_size=%zu, offset=%zu, current=%zu(0x%02hhx)", e.what(), size_,
-                    offset_, current, byte)
-          .SetBlock("core");
+      return Failure(e, current);
     }
     offset_ = current;
     return Status();
@@ -100,6 +124,14 @@ class MsgPackDecoder {
 
  private:
   static bool ReferenceEverything(msgpack::type::object_type, size_t, void*) { return true; }
+
+  Status Failure(const std::exception& e, size_t current) const {
+    const unsigned char byte = current < size_ ? static_cast<unsigned char>(data_[current]) : 0;
+    return Status(kLevelError, kCauseSerializer,
+                  "what=%s, buffer_size=%zu, offset=%zu, current=%zu(0x%02hhx)", e.what(), size_,
+                  offset_, current, byte)
+        .SetBlock("core");
+  }
 
   // No container or payload can be longer than the bytes left, so counts
   // above that are rejected before anything is allocated for them.

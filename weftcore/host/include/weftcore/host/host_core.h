@@ -4,7 +4,9 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "weftcore/core.h"
@@ -40,7 +42,8 @@ class HostCore final : public Core {
   // RegisterMandatoryProperties and Open(core, util). On failure the source is
   // closed, released and nothing is returned.
   Status OpenStream(const std::string& key, Stream** stream) override;
-  // Calls Close on the source, releases it through its factory.
+  // Hands back the stream's outstanding frames, calls Close on the source,
+  // releases it through its factory and forgets the stream.
   Status CloseStream(Stream* stream) override;
 
   HeapAllocator& allocator() { return allocator_; }
@@ -52,15 +55,23 @@ class HostCore final : public Core {
   std::vector<std::string> OpenStreamKeys() const;
 
  private:
-  Status FindComponent(const std::string& name, ComponentLibrary** component);
+  using SupportedList = std::vector<std::pair<std::string, int>>;
+  struct LoadedComponent {
+    std::unique_ptr<ComponentLibrary> library;
+    SupportedList supported;  // GetSupportedList's answer, asked once at load
+  };
+
+  Status FindComponent(const std::string& name, LoadedComponent** component);
+  void AddComponent(const std::string& name, std::unique_ptr<ComponentLibrary> library);
 
   HostConfiguration configuration_;
   std::vector<std::string> search_paths_;
   HeapAllocator allocator_;
   mutable std::recursive_mutex mutex_;
   int initialize_count_ = 0;
-  std::map<std::string, std::unique_ptr<ComponentLibrary>> components_;
-  std::vector<std::unique_ptr<HostStream>> streams_;
+  std::map<std::string, LoadedComponent> components_;
+  std::vector<std::unique_ptr<HostStream>> streams_;  // in opening order
+  std::set<std::string> opening_;  // keys whose source is inside Open right now
 };
 
 }  // namespace host

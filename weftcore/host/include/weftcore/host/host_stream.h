@@ -5,6 +5,7 @@
 #include <deque>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -48,20 +49,24 @@ class HostStreamUtility final : public StreamSourceUtility {
 
  private:
   MemoryAllocator* default_allocator_;
+  mutable std::mutex mutex_;
   std::map<std::string, std::unique_ptr<PropertyAccessor>> properties_;
 };
 
+// Owns its source: Shutdown (or the destructor) closes it and hands it back
+// to the factory.
 class HostStream final : public Stream {
  public:
   HostStream(std::string key, StreamSourceFactory* factory, StreamSource* source,
              MemoryAllocator* allocator);
-  ~HostStream() override;
+  ~HostStream() override;  // Shutdown, if not done yet
 
   Status Start() override;
   Status Stop() override;
   // Pulls frames with the source's GetFrames: 0 asks once; a positive
   // timeout keeps asking (1 ms apart) until a frame comes or time runs out.
-  // OK with a null frame when none is ready.
+  // Frames delivered by an earlier request are handed out first, without
+  // asking. OK with a null frame when none is ready; negative: cause 2.
   Status GetFrame(Frame** frame, int32_t timeout_msec) override;
   // Hands the frame back with the source's ReleaseFrame.
   Status ReleaseFrame(Frame* frame) override;
@@ -79,15 +84,29 @@ class HostStream final : public Stream {
   HostStreamUtility* utility() { return &utility_; }
   // Frames handed out by GetFrame and not yet released.
   size_t OutstandingFrames() const;
+  // Frames the source delivered that GetFrame has not handed out yet.
+  size_t QueuedFrames() const;
+
+  // Hands every queued and outstanding frame back to the source, then calls
+  // Close and the factory's ReleaseSource. Later calls of the stream's
+  // functions fail ("stream is closed"); frames handed out become invalid.
+  // Returns Close's status; runs once, later calls return OK.
+  Status Shutdown();
 
  private:
+  void ReleaseAllFrames();
+
   std::string key_;
   StreamSourceFactory* factory_;
   StreamSource* source_;
   HostStreamUtility utility_;
   StreamFunctionLockManager lock_manager_;
+  // Guards the two frame collections: GetFrame and ReleaseFrame already run
+  // one at a time under kFrame, but the counters and Shutdown do not.
+  mutable std::mutex frames_mutex_;
   std::deque<FrameInfo> pending_;  // delivered by GetFrames, not yet handed out
-  size_t outstanding_ = 0;
+  std::map<const Frame*, std::unique_ptr<HostFrame>> handed_out_;
+  bool shut_down_ = false;
 };
 
 }  // namespace host

@@ -1,0 +1,17 @@
+// The two entry points the host resolves by their unmangled names (Part 1.2).
+// Declared for the tests that register the component in-process.
+#pragma once
+
+#include "weftcore/stream_source_factory.h"
+
+extern "C" {
+
+// A new StandardComponent owning a new ZeltoMeshSourceFactory, or null when
+// construction failed (no exception leaves the library).
+__attribute__((visibility("default"))) weftcore::StandardComponent* CreateComponent();
+
+// Destroys `component`; null is ignored.
+__attribute__((visibility("default"))) void DestroyComponent(
+    weftcore::StandardComponent* component);
+
+}  // extern "C"

@@ -1,0 +1,52 @@
+#include "component/settings_source.h"
+
+#include "component/source_errors.h"
+
+namespace ZeltoSim {
+
+weftcore::Status SettingsSource::Open(weftcore::Core* /*core*/,
+                                      weftcore::StreamSourceUtility* util) {
+  weftcore::Status status = util->CreateProperty<Zelto::ZeltoLogLevelProperty_, SettingsSource>(
+      Zelto::kZeltoLogLevelKey, this);
+  if (status.ok()) {
+    status = util->CreateProperty<Zelto::ZeltoRuntimeSettingsProperty_, SettingsSource>(
+        Zelto::kZeltoRuntimeSettingsKey, this);
+  }
+  if (status.IsError()) status.AddTrace(nullptr, 0);
+  return status;
+}
+
+weftcore::Status SettingsSource::Get(const std::string& /*key*/,
+                                     Zelto::ZeltoLogLevelProperty_* property) {
+  if (property == nullptr) return NullRecordError();
+  *property = device_->LogLevel();
+  return weftcore::Status();
+}
+
+weftcore::Status SettingsSource::Set(const std::string& /*key*/,
+                                     const Zelto::ZeltoLogLevelProperty_* property) {
+  if (property == nullptr) return NullRecordError();
+  const int32_t level = property->logLevel;
+  if (level < 2 || level > 8) {
+    return SimError(weftcore::kCauseInvalidArgument,
+                    "log level " + std::to_string(level) + " is out of range 2..8");
+  }
+  device_->SetLogLevel(*property);
+  return weftcore::Status();
+}
+
+weftcore::Status SettingsSource::Get(const std::string& /*key*/,
+                                     Zelto::ZeltoRuntimeSettingsProperty_* property) {
+  if (property == nullptr) return NullRecordError();
+  *property = device_->RuntimeSettings();
+  return weftcore::Status();
+}
+
+weftcore::Status SettingsSource::Set(const std::string& /*key*/,
+                                     const Zelto::ZeltoRuntimeSettingsProperty_* property) {
+  if (property == nullptr) return NullRecordError();
+  device_->SetRuntimeSettings(*property);
+  return weftcore::Status();
+}
+
+}  // namespace ZeltoSim

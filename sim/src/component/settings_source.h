@@ -1,0 +1,38 @@
+// "zelto_stream": the application-wide settings (log level, runtime
+// settings). It delivers no frames.
+#pragma once
+
+#include "component/sim_device.h"
+#include "weftcore/stream_source.h"
+
+namespace ZeltoSim {
+
+class SettingsSource final : public weftcore::StreamSource {
+ public:
+  explicit SettingsSource(SimDevice* device) : device_(device) {}
+
+  using weftcore::StreamSource::Get;
+  using weftcore::StreamSource::Set;
+
+  void GetFrames(std::vector<weftcore::FrameInfo>* /*frames*/) override {}
+  weftcore::Status ReleaseFrame(const weftcore::FrameInfo& /*frameinfo*/,
+                                const std::vector<uint32_t>* /*ids*/) override {
+    return weftcore::Status();
+  }
+  weftcore::Status Open(weftcore::Core* core, weftcore::StreamSourceUtility* util) override;
+  weftcore::Status Close() override { return weftcore::Status(); }
+  weftcore::Status Start() override { return weftcore::Status(); }
+  weftcore::Status Stop() override { return weftcore::Status(); }
+
+  weftcore::Status Get(const std::string& key, Zelto::ZeltoLogLevelProperty_* property);
+  // Accepts levels 2..8 (as the mesh source does), else cause 2.
+  weftcore::Status Set(const std::string& key, const Zelto::ZeltoLogLevelProperty_* property);
+  weftcore::Status Get(const std::string& key, Zelto::ZeltoRuntimeSettingsProperty_* property);
+  weftcore::Status Set(const std::string& key,
+                       const Zelto::ZeltoRuntimeSettingsProperty_* property);
+
+ private:
+  SimDevice* device_;  // owned by the factory
+};
+
+}  // namespace ZeltoSim

@@ -1,0 +1,156 @@
+#include "component/tof_source.h"
+
+#include "component/frame_channels.h"
+#include "component/source_errors.h"
+
+namespace ZeltoSim {
+
+weftcore::Status TofSource::Open(weftcore::Core* /*core*/, weftcore::StreamSourceUtility* util) {
+  weftcore::Status status = util->GetAllocator("", &allocator_);
+  if (status.ok()) {
+    status = util->CreateProperty<ZeltoTof::ZeltoTofCamera2ConfigurationProperty_, TofSource>(
+        ZeltoTof::kZeltoTofCamera2CurrentConfigurationKey, this);
+  }
+  if (status.ok()) {
+    status = util->CreateProperty<ZeltoTof::ZeltoTofCalibrationSettingsProperty_, TofSource>(
+        ZeltoTof::kZeltoTofCalibrationSettingsKey, this);
+  }
+  if (status.ok()) {
+    status = util->CreateProperty<ZeltoTof::ZeltoTofProcessTargetsProperty_, TofSource>(
+        ZeltoTof::kZeltoTofProcessTargetsKey, this);
+  }
+  if (status.IsError()) status.AddTrace(nullptr, 0);
+  return status;
+}
+
+weftcore::Status TofSource::Close() {
+  started_ = false;
+  return weftcore::Status();
+}
+
+weftcore::Status TofSource::Start() {
+  started_ = true;
+  nextIndex_ = 0;
+  startTime_ = std::chrono::steady_clock::now();
+  return weftcore::Status();
+}
+
+weftcore::Status TofSource::Stop() {
+  started_ = false;
+  return weftcore::Status();
+}
+
+bool TofSource::FrameIsDue(uint64_t index) const {
+  if (!device_->options().realtime) return true;
+  const uint64_t first = device_->FrameTimestamp(0);
+  const uint64_t stamp = device_->FrameTimestamp(index);
+  const uint64_t offset = stamp > first ? stamp - first : 0;
+  const auto elapsed = std::chrono::steady_clock::now() - startTime_;
+  return static_cast<uint64_t>(
+             std::chrono::duration_cast<std::chrono::nanoseconds>(elapsed).count()) >= offset;
+}
+
+weftcore::Status TofSource::BuildFrame(uint64_t index, weftcore::FrameInfo* frame) {
+  weftcore::Status status = device_->ReadFrame(index, &points_);
+  if (status.IsError()) return status;
+  const ZeltoTof::ZeltoTofProcessTargetsProperty_ targets = device_->ProcessTargets();
+  const uint64_t timestamp = device_->FrameTimestamp(index);
+  const size_t pixels = points_.size() / 3;
+  frame->sequenceNumber = index;
+  if (targets.processDepth) {
+    std::vector<uint16_t> depth(pixels);
+    for (size_t i = 0; i < pixels; ++i) depth[i] = static_cast<uint16_t>(points_[3 * i + 2]);
+    status = AppendChannel(allocator_, kDepthChannel, kRawDataTypeDepth, depth.data(),
+                           depth.size() * sizeof(uint16_t), timestamp, frame);
+  }
+  if (status.ok() && targets.processConfidence) {
+    std::vector<uint8_t> confidence(pixels);
+    for (size_t i = 0; i < pixels; ++i) confidence[i] = points_[3 * i + 2] > 0 ? 255 : 0;
+    status = AppendChannel(allocator_, kConfidenceChannel, kRawDataTypeConfidence,
+                           confidence.data(), confidence.size(), timestamp, frame);
+  }
+  if (status.ok() && targets.processPointCloud) {
+    status = AppendChannel(allocator_, kPointCloudChannel, kRawDataTypePointCloud, points_.data(),
+                           points_.size() * sizeof(int16_t), timestamp, frame);
+  }
+  return status;
+}
+
+void TofSource::GetFrames(std::vector<weftcore::FrameInfo>* frames) {
+  if (!started_ || allocator_ == nullptr) return;
+  const uint64_t limit = device_->FrameLimit();
+  if (limit != 0 && nextIndex_ >= limit) return;  // the input has ended
+  if (!FrameIsDue(nextIndex_)) return;
+  const uint64_t index = nextIndex_++;
+  weftcore::FrameInfo frame;
+  if (BuildFrame(index, &frame).IsError()) {
+    FreeChannels(allocator_, frame);  // an unreadable frame is skipped
+    return;
+  }
+  device_->NoteDelivered(index);
+  frames->push_back(frame);
+}
+
+weftcore::Status TofSource::ReleaseFrame(const weftcore::FrameInfo& frameinfo,
+                                         const std::vector<uint32_t>* /*referenced_channel_ids*/) {
+  if (allocator_ != nullptr) FreeChannels(allocator_, frameinfo);
+  return weftcore::Status();
+}
+
+weftcore::Status TofSource::Get(const std::string& /*key*/,
+                                weftcore::ChannelInfoProperty* property) {
+  if (property == nullptr) return NullRecordError();
+  property->channels.clear();
+  property->channels[kDepthChannel] = {kRawDataTypeDepth, "depth, uint16 millimetres"};
+  property->channels[kConfidenceChannel] = {kRawDataTypeConfidence, "confidence, uint8"};
+  property->channels[kPointCloudChannel] = {kRawDataTypePointCloud,
+                                            "point cloud, int16 x y z millimetres"};
+  return weftcore::Status();
+}
+
+weftcore::Status TofSource::Get(const std::string& /*key*/, weftcore::FrameRateProperty* property) {
+  if (property == nullptr) return NullRecordError();
+  property->num = 30;
+  property->denom = 1;
+  return weftcore::Status();
+}
+
+weftcore::Status TofSource::Get(const std::string& /*key*/,
+                                ZeltoTof::ZeltoTofCamera2ConfigurationProperty_* property) {
+  if (property == nullptr) return NullRecordError();
+  *property = device_->CurrentConfiguration();
+  return weftcore::Status();
+}
+
+weftcore::Status TofSource::Set(
+    const std::string& key, const ZeltoTof::ZeltoTofCamera2ConfigurationProperty_* /*property*/) {
+  return NotSettableError(key);
+}
+
+weftcore::Status TofSource::Get(const std::string& /*key*/,
+                                ZeltoTof::ZeltoTofCalibrationSettingsProperty_* property) {
+  if (property == nullptr) return NullRecordError();
+  *property = device_->Calibration();
+  return weftcore::Status();
+}
+
+weftcore::Status TofSource::Set(
+    const std::string& key, const ZeltoTof::ZeltoTofCalibrationSettingsProperty_* /*property*/) {
+  return NotSettableError(key);
+}
+
+weftcore::Status TofSource::Get(const std::string& /*key*/,
+                                ZeltoTof::ZeltoTofProcessTargetsProperty_* property) {
+  if (property == nullptr) return NullRecordError();
+  *property = device_->ProcessTargets();
+  return weftcore::Status();
+}
+
+weftcore::Status TofSource::Set(const std::string& /*key*/,
+                                const ZeltoTof::ZeltoTofProcessTargetsProperty_* property) {
+  if (property == nullptr) return NullRecordError();
+  device_->SetProcessTargets(*property);
+  return weftcore::Status();
+}
+
+}  // namespace ZeltoSim

@@ -1,0 +1,82 @@
+#include "mesh_decoding.h"
+
+#include <cstring>
+
+#include "mesh/mesh_frame_data.h"
+
+namespace zelto_cli {
+namespace {
+
+// memcpy with a null pointer is undefined even for 0 bytes, and an empty
+// vector's data() may be null.
+void CopyBytes(void* destination, const void* source, size_t count) {
+  if (count > 0) std::memcpy(destination, source, count);
+}
+
+template <typename T>
+T Load(const uint8_t* bytes) {
+  T value;
+  std::memcpy(&value, bytes, sizeof value);
+  return value;
+}
+
+bool DecodeReference(const uint8_t* bytes, Mesh* mesh, std::string* error) {
+  const auto record = Load<ZeltoMesh::MeshFrameData>(bytes);
+  if (record.vertexCount < 0 || record.triangleCount < 0) {
+    *error = "reference layout with a negative count";
+    return false;
+  }
+  if ((record.vertexCount > 0 && record.vertices == nullptr) ||
+      (record.triangleCount > 0 && record.triangles == nullptr)) {
+    *error = "reference layout with a null array";
+    return false;
+  }
+  const size_t vertex_values = 3 * static_cast<size_t>(record.vertexCount);
+  const size_t index_values = 3 * static_cast<size_t>(record.triangleCount);
+  mesh->vertices.assign(record.vertices, record.vertices + vertex_values);
+  mesh->triangles.assign(record.triangles, record.triangles + index_values);
+  mesh->resetTriangle = record.resetTriangle != 0;
+  mesh->layout = MeshLayout::kReference;
+  return true;
+}
+
+bool DecodeFlat(const uint8_t* bytes, size_t size, Mesh* mesh, std::string* error) {
+  const auto fail = [&](const char* what) {
+    *error = std::string("flat layout of ") + std::to_string(size) + " bytes: " + what;
+    return false;
+  };
+  if (size < 9) return fail("shorter than two counts and a flag");
+  const int32_t vertex_count = Load<int32_t>(bytes);
+  if (vertex_count < 0) return fail("negative vertex count");
+  const size_t vertex_bytes = 12 * static_cast<size_t>(vertex_count);
+  if (vertex_bytes + 9 > size) return fail("vertex count exceeds the size");
+  const int32_t triangle_count = Load<int32_t>(bytes + 4 + vertex_bytes);
+  if (triangle_count < 0) return fail("negative triangle count");
+  const size_t index_bytes = 12 * static_cast<size_t>(triangle_count);
+  if (vertex_bytes + index_bytes + 9 != size) return fail("counts do not match the size");
+
+  mesh->vertices.resize(3 * static_cast<size_t>(vertex_count));
+  CopyBytes(mesh->vertices.data(), bytes + 4, vertex_bytes);
+  mesh->triangles.resize(3 * static_cast<size_t>(triangle_count));
+  CopyBytes(mesh->triangles.data(), bytes + 8 + vertex_bytes, index_bytes);
+  mesh->resetTriangle = bytes[8 + vertex_bytes + index_bytes] != 0;
+  mesh->layout = MeshLayout::kFlat;
+  return true;
+}
+
+}  // namespace
+
+const char* LayoutName(MeshLayout layout) {
+  return layout == MeshLayout::kFlat ? "flat" : "reference";
+}
+
+bool DecodeMesh(const uint8_t* bytes, size_t size, Mesh* mesh, std::string* error) {
+  if (bytes == nullptr) {
+    *error = "channel 0 has no data";
+    return false;
+  }
+  if (size == kReferenceLayoutSize) return DecodeReference(bytes, mesh, error);
+  return DecodeFlat(bytes, size, mesh, error);
+}
+
+}  // namespace zelto_cli

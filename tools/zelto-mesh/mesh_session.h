@@ -1,0 +1,39 @@
+// The host side of one "mesh" stream: HostCore over the mesh component and
+// the simulator, the stream opened through it, and the order of life of the
+// spec's Overview kept on every way out (Stop if started, CloseStream,
+// Finalize).
+#pragma once
+
+#include <memory>
+
+#include "weftcore/host/host_core.h"
+#include "weftcore/status.h"
+#include "weftcore/stream.h"
+#include "zelto_sim/host_configuration.h"
+
+namespace zelto_cli {
+
+class MeshSession {
+ public:
+  explicit MeshSession(const ZeltoSim::HostOptions& options);
+  ~MeshSession();
+  MeshSession(const MeshSession&) = delete;
+  MeshSession& operator=(const MeshSession&) = delete;
+
+  // Initialize, then OpenStream("mesh"): the factory creates the source and
+  // the host calls RegisterMandatoryProperties and Open.
+  weftcore::Status Open();
+  weftcore::Status Start();
+  weftcore::Status Stop();
+
+  weftcore::Stream* stream() const { return stream_; }
+  weftcore::host::HostCore& core() { return core_; }
+
+ private:
+  weftcore::host::HostCore core_;
+  bool initialized_ = false;
+  weftcore::Stream* stream_ = nullptr;
+  bool started_ = false;
+};
+
+}  // namespace zelto_cli

@@ -1,0 +1,96 @@
+#include "property_plan.h"
+
+#include "property_client.h"
+
+namespace zelto_cli {
+namespace {
+
+constexpr char kLogLevelKey[] = "kZeltoLogLevelKey";
+constexpr char kFrameRateKey[] = "frame_rate_property";
+constexpr char kAlgorithmConfigKey[] = "kZeltoMeshAlgorithmConfigKey";
+constexpr char kMaskSettingsKey[] = "kZeltoMeshMaskSettingsKey";
+
+weftcore::Status Set(weftcore::Stream* stream, const std::string& key, const Json& value,
+                     std::string* action) {
+  *action = "set " + key;
+  return SetPropertyJson(stream, key, value);
+}
+
+// Reads `key`, lets `edit` change the given fields, writes it back.
+template <typename Edit>
+weftcore::Status Update(weftcore::Stream* stream, const std::string& key, Edit edit,
+                        std::string* action) {
+  *action = "get " + key;
+  Json value;
+  weftcore::Status status = GetPropertyJson(stream, key, &value);
+  if (status.IsError()) return status;
+  edit(value);
+  return Set(stream, key, value, action);
+}
+
+bool RecordingMaskIsColor(const ZeltoSim::Recording* recording, const std::string& name) {
+  if (recording != nullptr) {
+    for (const ZeltoSim::MaskTrack& track : recording->masks) {
+      if (track.name == name) return track.isColorSource;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+Json MaskInfoJson(const std::vector<MaskSpec>& masks, const ZeltoSim::Recording* recording) {
+  Json list = Json::array();
+  for (const MaskSpec& mask : masks) {
+    list.push_back(Json{
+        {"name", mask.name},
+        {"isColorSource", mask.isColorSource.value_or(RecordingMaskIsColor(recording, mask.name))},
+        {"isInvertMask", mask.isInvertMask}});
+  }
+  return list;
+}
+
+weftcore::Status ApplyProperties(weftcore::Stream* stream, const RunOptions& options,
+                                 const ZeltoSim::Recording* recording, std::string* action) {
+  weftcore::Status status;
+  if (options.log_level) {
+    status = Set(stream, kLogLevelKey, Json{{"logLevel", *options.log_level}}, action);
+    if (status.IsError()) return status;
+  }
+  if (options.frame_rate) {
+    status = Set(stream, kFrameRateKey,
+                 Json{{"num", options.frame_rate->num}, {"denom", options.frame_rate->denom}},
+                 action);
+    if (status.IsError()) return status;
+  }
+  if (options.reduction || options.reset_period) {
+    status = Update(
+        stream, kAlgorithmConfigKey,
+        [&](Json& config) {
+          if (options.reduction) config["meshReductionLevel"] = *options.reduction;
+          if (options.reset_period) config["resetTrianglePeriod"] = *options.reset_period;
+        },
+        action);
+    if (status.IsError()) return status;
+  }
+  if (!options.masks.empty() || options.mask_threshold) {
+    status = Update(
+        stream, kMaskSettingsKey,
+        [&](Json& settings) {
+          if (!options.masks.empty()) {
+            settings["enabled"] = true;
+            settings["maskInfo"] = MaskInfoJson(options.masks, recording);
+          }
+          if (options.mask_threshold) settings["maskThreshold"] = *options.mask_threshold;
+        },
+        action);
+    if (status.IsError()) return status;
+  }
+  for (const PropertySetting& setting : options.settings) {
+    status = Set(stream, setting.key, setting.value, action);
+    if (status.IsError()) return status;
+  }
+  return status;
+}
+
+}  // namespace zelto_cli

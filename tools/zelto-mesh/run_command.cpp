@@ -1,0 +1,251 @@
+#include "run_command.h"
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <optional>
+
+#include "command_line.h"
+#include "frame_record.h"
+#include "log_sink.h"
+#include "mesh_decoding.h"
+#include "mesh_session.h"
+#include "png_writer.h"
+#include "preview_renderer.h"
+#include "progress_bar.h"
+#include "property_client.h"
+#include "property_plan.h"
+#include "run_summary.h"
+#include "status_text.h"
+#include "zelto_sim/recording.h"
+
+namespace zelto_cli {
+namespace {
+
+constexpr int kPreviewWidth = 640;
+constexpr int kPreviewHeight = 480;
+
+int Fail(const std::string& line, int code) {
+  std::cerr << line << "\n";
+  return code;
+}
+
+// Creates the directory that will hold `path` (a file), if it names one.
+bool CreateParentDirectory(const std::string& path, std::string* error) {
+  const std::filesystem::path parent = std::filesystem::path(path).parent_path();
+  if (parent.empty()) return true;
+  std::error_code code;
+  std::filesystem::create_directories(parent, code);
+  if (code) *error = "cannot create " + parent.string() + ": " + code.message();
+  return !code;
+}
+
+std::string NoFrameMessage(const RunOptions& options, bool player_mapped, int64_t delivered) {
+  std::string line = "error: no frame from the mesh stream within " +
+                     std::to_string(options.timeout_ms) + " ms";
+  if (delivered > 0) line += " after " + std::to_string(delivered) + " frames";
+  const bool playback = options.frame_rate && options.frame_rate->num == 15;
+  if (playback && !player_mapped) {
+    line += options.input.empty()
+                ? ": --frame-rate 15 plays \"player_tof_stream\", which needs a recording (--input DIR)"
+                : ": --frame-rate 15 plays \"player_tof_stream\", which --no-player leaves out";
+  }
+  return line;
+}
+
+// Channel 0 of `frame` as bytes.
+weftcore::Status MeshChannel(weftcore::Frame* frame, weftcore::Channel::RawData* raw) {
+  std::map<uint32_t, weftcore::Channel*> channels;
+  weftcore::Status status = frame->GetChannelList(&channels);
+  if (status.IsError()) return status;
+  const auto found = channels.find(0);
+  if (found == channels.end()) {
+    return weftcore::Status(weftcore::kLevelError, weftcore::kCauseNotFound,
+                            "frame %llu has no channel 0",
+                            static_cast<unsigned long long>(frame->GetSequenceNumber()))
+        .SetBlock("zelto-mesh");
+  }
+  return found->second->GetRawData(raw);
+}
+
+// Validates --input and --frames. Returns kExitOk or the code to exit with.
+int CheckInput(const RunOptions& options, std::optional<ZeltoSim::Recording>* recording,
+               int64_t* frame_goal) {
+  if (!options.input.empty()) {
+    recording->emplace();
+    const weftcore::Status status = ZeltoSim::LoadRecording(options.input, &**recording);
+    if (status.IsError()) return Fail("error: " + status.message(), kExitUsage);
+  }
+  const int64_t available =
+      *recording ? static_cast<int64_t>((*recording)->frameFiles.size()) : -1;
+  *frame_goal = options.frames ? *options.frames : *recording ? available : kSceneFrames;
+  if (*recording && *frame_goal > available) {
+    return Fail("error: --frames " + std::to_string(*frame_goal) + ": " + options.input +
+                    " has " + std::to_string(available) + " frames",
+                kExitUsage);
+  }
+  return kExitOk;
+}
+
+// Creates the output directories and opens the statistics file.
+bool PrepareOutputs(const RunOptions& options, std::ofstream* stats_file, std::string* error) {
+  if (options.output.format != OutputFormat::kNone) {
+    std::error_code code;
+    std::filesystem::create_directories(options.output.directory, code);
+    if (code) {
+      *error = "cannot create " + options.output.directory + ": " + code.message();
+      return false;
+    }
+  }
+  if (!options.preview.empty() && !CreateParentDirectory(options.preview, error)) return false;
+  if (!options.stats.empty()) {
+    if (!CreateParentDirectory(options.stats, error)) return false;
+    stats_file->open(options.stats, std::ios::out | std::ios::trunc);
+    if (!*stats_file) {
+      *error = "cannot write " + options.stats;
+      return false;
+    }
+  }
+  return true;
+}
+
+// Takes `frame_goal` frames from the started stream, writing each; keeps
+// their records in `summary` and the last mesh in `last_mesh`.
+int TakeFrames(weftcore::Stream* stream, const RunOptions& options, bool player_mapped,
+               int64_t frame_goal, std::ofstream* stats_file, SummaryInput* summary,
+               Mesh* last_mesh) {
+  ProgressBar progress(ShouldShowProgress(options.quiet, options.log_level.has_value()),
+                       frame_goal);
+  // An error takes the bar's line.
+  const auto fail = [&progress](const std::string& line, int code) {
+    progress.Clear();
+    return Fail(line, code);
+  };
+  std::string error;
+  for (int64_t index = 0; index < frame_goal; ++index) {
+    weftcore::Frame* frame = nullptr;
+    const auto begin = std::chrono::steady_clock::now();
+    weftcore::Status status = stream->GetFrame(&frame, options.timeout_ms);
+    const auto end = std::chrono::steady_clock::now();
+    if (status.IsError()) return fail(ErrorLine("get frame", status), kExitFailure);
+    if (frame == nullptr) {
+      return fail(NoFrameMessage(options, player_mapped, index), kExitNoFrames);
+    }
+
+    FrameRecord record;
+    record.index = index;
+    record.sequenceNumber = frame->GetSequenceNumber();
+    record.buildMs = std::chrono::duration<double, std::milli>(end - begin).count();
+    weftcore::Channel::RawData raw;
+    status = MeshChannel(frame, &raw);
+    // Decode now: the reference layout's arrays live until the call after next.
+    const auto* bytes = static_cast<const uint8_t*>(raw.address);
+    const bool decoded = status.ok() && DecodeMesh(bytes, raw.size, last_mesh, &error);
+    const bool written =
+        decoded && WriteFrame(options.output, index, bytes, raw.size, *last_mesh, &error);
+    const weftcore::Status released = stream->ReleaseFrame(frame);
+    const std::string frame_name = "frame " + std::to_string(index);
+    if (status.IsError()) return fail(ErrorLine(frame_name, status), kExitFailure);
+    if (!decoded) return fail("error: " + frame_name + ": " + error, kExitFailure);
+    if (!written) return fail("error: " + error, kExitFailure);
+    if (released.IsError()) return fail(ErrorLine("release frame", released), kExitFailure);
+
+    record.capturedTimestamp = raw.timestamp;
+    record.vertexCount = last_mesh->VertexCount();
+    record.triangleCount = last_mesh->TriangleCount();
+    record.resetTriangle = last_mesh->resetTriangle;
+    record.layout = last_mesh->layout;
+    record.bytes = raw.size;
+    if (stats_file->is_open()) *stats_file << StatsLine(record) << "\n";
+    summary->frames.push_back(record);
+    progress.Update(index + 1, record.buildMs);
+  }
+  return kExitOk;
+}
+
+// "KEY <json>" (and the hex line) of every --get, or an error line.
+bool ReadProperties(weftcore::Stream* stream, const RunOptions& options, std::string* text,
+                    std::string* error_line) {
+  for (const std::string& key : options.gets) {
+    std::vector<uint8_t> bytes;
+    const weftcore::Status status = GetPropertyBytes(stream, key, &bytes);
+    if (status.IsError()) {
+      *error_line = ErrorLine("get " + key, status);
+      return false;
+    }
+    try {
+      *text += key + " " + MsgpackToJson(bytes.data(), bytes.size()).dump() + "\n";
+    } catch (const std::exception& decode_error) {
+      *error_line = "error: get " + key + ": " + decode_error.what();
+      return false;
+    }
+    if (options.hex) *text += HexText(bytes) + "\n";
+  }
+  return true;
+}
+
+}  // namespace
+
+int RunCommand(const RunOptions& options) {
+  // Everything that can be wrong with the input is found before any output.
+  std::optional<ZeltoSim::Recording> recording;
+  int64_t frame_goal = 0;
+  const int checked = CheckInput(options, &recording, &frame_goal);
+  if (checked != kExitOk) return checked;
+
+  // Log records of the component, from Open on (the sim's "zelto_stream"
+  // hands the level to the source at Open). Outlives the session.
+  std::optional<StderrLogSink> log_sink;
+  if (options.log_level) log_sink.emplace();
+
+  ZeltoSim::HostOptions host_options;
+  host_options.sim.input = options.input;
+  host_options.sim.remote = options.remote;
+  if (options.log_level) host_options.sim.logLevel = *options.log_level;
+  host_options.player = recording.has_value() && options.player;
+  MeshSession session(host_options);
+
+  weftcore::Status status = session.Open();
+  if (status.IsError()) return Fail(ErrorLine("open mesh", status), kExitFailure);
+  std::string action;
+  status = ApplyProperties(session.stream(), options, recording ? &*recording : nullptr, &action);
+  if (status.IsError()) return Fail(ErrorLine(action, status), kExitFailure);
+
+  std::string error;
+  std::ofstream stats_file;
+  if (!PrepareOutputs(options, &stats_file, &error)) return Fail("error: " + error, kExitFailure);
+
+  status = session.Start();
+  if (status.IsError()) return Fail(ErrorLine("start mesh", status), kExitFailure);
+  SummaryInput summary;
+  summary.source = recording ? options.input : "the synthetic scene";
+  summary.output = options.output;
+  summary.preview = options.preview;
+  summary.stats = options.stats;
+  Mesh last_mesh;
+  const int taken = TakeFrames(session.stream(), options, host_options.player, frame_goal,
+                               &stats_file, &summary, &last_mesh);
+  if (taken != kExitOk) return taken;
+  status = session.Stop();
+  if (status.IsError()) return Fail(ErrorLine("stop mesh", status), kExitFailure);
+
+  std::string get_lines;
+  if (!ReadProperties(session.stream(), options, &get_lines, &error)) {
+    return Fail(error, kExitFailure);
+  }
+  if (stats_file.is_open()) {
+    stats_file.close();
+    if (!stats_file) return Fail("error: cannot write " + options.stats, kExitFailure);
+  }
+  if (!options.preview.empty() &&
+      !WritePng(options.preview, RenderPreview(last_mesh, kPreviewWidth, kPreviewHeight), &error)) {
+    return Fail("error: " + error, kExitFailure);
+  }
+  std::cout << get_lines;
+  if (!options.quiet) std::cout << SummaryText(summary);
+  return kExitOk;
+}
+
+}  // namespace zelto_cli
