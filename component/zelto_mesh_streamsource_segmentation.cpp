@@ -1,7 +1,7 @@
 // The segmentation stream link (Part 3.3) and the mask settings handlers
 // (Part 3.4) of ZeltoMeshStreamSource.
 //
-// Deviation (docs/deviations/segmentation.md): every access to `maskSettings`
+// Deviation (docs/deviations.md): every access to `maskSettings`
 // and to `maskedPointCloud.maskThreshold` from a property handler, and the
 // frame thread's reads of the enable flag, are made under `maskMutex`, so that
 // a Set racing a frame is not a data race. The mutex is never held while the

@@ -40,7 +40,7 @@ weftcore::Status NullStatus(const char* message) {
 }
 
 // The Part lets the vector's exception propagate; no exception may leave the
-// component, so it becomes a status (docs/deviations/masking.md).
+// component, so it becomes a status (docs/deviations.md).
 weftcore::Status OutOfMemoryStatus(size_t maskCount, const char* what) {
   return weftcore::Status(weftcore::kLevelError, weftcore::kCauseOutOfMemory,
                           "Out of memory for %zu masks: %s", maskCount, what)
@@ -55,7 +55,7 @@ weftcore::Status InvalidMaskStatus(const ZeltoSegmentation::ZeltoSegmentationMas
   // The Part's format has five conversions for six values, so the number
   // after "timestamp:" is the height. The arguments are converted to exactly
   // what each conversion prints on LP64 (the low 32 bits of the address for
-  // %x); the unprinted timestamp is not passed (docs/deviations/masking.md).
+  // %x); the unprinted timestamp is not passed (docs/deviations.md).
   return weftcore::Status(
              weftcore::kLevelError, weftcore::kCauseInvalidArgument,
              "Invalid mask data mask name:%s address:%x size:%lu width:%u height timestamp:%ld",

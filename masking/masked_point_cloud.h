@@ -24,7 +24,7 @@ class MaskedPointCloud {
   // Part 3.2: sets z = 32001 for every point of `raw` that a mask of `list`
   // selects. Fails only before it touches any point: cause 2 for an invalid
   // mask or a null argument, cause 6 when the per-call mask table cannot be
-  // allocated (docs/deviations/masking.md); never throws that failure.
+  // allocated (docs/deviations.md); never throws that failure.
   weftcore::Status Apply(weftcore::Channel::RawData* raw,
                          const ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_* list);
 

@@ -29,7 +29,7 @@ class MeshBuilder {
   // Part 2.1, steps 1 to 11. `flagsMutex` guards the double-buffer flip; the
   // flat layout is used when `flatRawData` or `frameRate30` is set.
   // Never throws: an allocation failure is a status of cause 6, after which
-  // no channel has been appended (docs/deviations/mesh.md).
+  // no channel has been appended (docs/deviations.md).
   weftcore::Status Fill(weftcore::FrameInfo* frame, weftcore::MemoryAllocator* allocator,
                         const int16_t* depth, int32_t width, int32_t height, float fx, float fy,
                         float cx, float cy, std::mutex& flagsMutex, bool flatRawData,

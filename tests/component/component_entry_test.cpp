@@ -96,7 +96,7 @@ TEST(SourceFactory, EachCreateSourceMakesAnIndependentSource) {
   factory.ReleaseSource(second);
 }
 
-// Deviation (docs/deviations/component.md): a null output pointer for "mesh"
+// Deviation (docs/deviations.md): a null output pointer for "mesh"
 // is refused instead of written through.
 TEST(SourceFactory, CreateSourceOfMeshIntoANullPointerFails) {
   ZeltoMeshSourceFactory factory;

@@ -1,5 +1,5 @@
 // Part 2.1, steps 8 and 9, with deviations (2) and (3) of
-// docs/deviations/mesh.md: alternating records, array reuse, retired arrays
+// docs/deviations.md: alternating records, array reuse, retired arrays
 // that stay valid until ReleaseArrays, and a ReleaseArrays that frees once.
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Part 2.1, Failure handling, and the safe-thing deviations of
-// docs/deviations/mesh.md: every failure is a status, never an exception,
+// docs/deviations.md: every failure is a status, never an exception,
 // and a failed call appends no channel and leaks no frame memory.
 #include <gtest/gtest.h>
 

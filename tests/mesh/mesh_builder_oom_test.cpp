@@ -1,4 +1,4 @@
-// Deviation (1) of docs/deviations/mesh.md: std::bad_alloc from the record
+// Deviation (1) of docs/deviations.md: std::bad_alloc from the record
 // arrays never leaves Fill. This program replaces the global array new so
 // that large array allocations can be made to fail.
 #include <gtest/gtest.h>

@@ -3,26 +3,18 @@
 #pragma once
 
 #include "component/sim_device.h"
-#include "weftcore/stream_source.h"
+#include "component/frameless_source.h"
 
 namespace ZeltoSim {
 
-class SegmentationSource final : public weftcore::StreamSource {
+class SegmentationSource final : public FramelessSource {
  public:
   explicit SegmentationSource(SimDevice* device) : device_(device) {}
 
-  using weftcore::StreamSource::Get;
-  using weftcore::StreamSource::Set;
+  using FramelessSource::Get;
+  using FramelessSource::Set;
 
-  void GetFrames(std::vector<weftcore::FrameInfo>* /*frames*/) override {}
-  weftcore::Status ReleaseFrame(const weftcore::FrameInfo& /*frameinfo*/,
-                                const std::vector<uint32_t>* /*ids*/) override {
-    return weftcore::Status();
-  }
   weftcore::Status Open(weftcore::Core* core, weftcore::StreamSourceUtility* util) override;
-  weftcore::Status Close() override { return weftcore::Status(); }
-  weftcore::Status Start() override { return weftcore::Status(); }
-  weftcore::Status Stop() override { return weftcore::Status(); }
 
   // The input record is the request: one entry per wanted mask name.
   weftcore::Status Get(const std::string& key,

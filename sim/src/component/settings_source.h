@@ -3,26 +3,18 @@
 #pragma once
 
 #include "component/sim_device.h"
-#include "weftcore/stream_source.h"
+#include "component/frameless_source.h"
 
 namespace ZeltoSim {
 
-class SettingsSource final : public weftcore::StreamSource {
+class SettingsSource final : public FramelessSource {
  public:
   explicit SettingsSource(SimDevice* device) : device_(device) {}
 
-  using weftcore::StreamSource::Get;
-  using weftcore::StreamSource::Set;
+  using FramelessSource::Get;
+  using FramelessSource::Set;
 
-  void GetFrames(std::vector<weftcore::FrameInfo>* /*frames*/) override {}
-  weftcore::Status ReleaseFrame(const weftcore::FrameInfo& /*frameinfo*/,
-                                const std::vector<uint32_t>* /*ids*/) override {
-    return weftcore::Status();
-  }
   weftcore::Status Open(weftcore::Core* core, weftcore::StreamSourceUtility* util) override;
-  weftcore::Status Close() override { return weftcore::Status(); }
-  weftcore::Status Start() override { return weftcore::Status(); }
-  weftcore::Status Stop() override { return weftcore::Status(); }
 
   weftcore::Status Get(const std::string& key, Zelto::ZeltoLogLevelProperty_* property);
   // Accepts levels 2..8 (as the mesh source does), else cause 2.

@@ -1,4 +1,4 @@
-// Parts 3.3 and 3.4 under concurrency (docs/deviations/segmentation.md): a
+// Parts 3.3 and 3.4 under concurrency (docs/deviations.md): a
 // client thread keeps setting the mask settings and the algorithm
 // configuration through the host while a frame thread produces and releases
 // frames. Built into concurrency_tests and run under ThreadSanitizer.

@@ -17,6 +17,21 @@ Status NullArgument(const char* name) {
   return Status(kLevelError, kCauseInvalidArgument, "%s is null", name).SetBlock("core");
 }
 
+// The three serialized property operations share their locking and look-up:
+// `call` runs on the accessor registered under `key`, under the property lock.
+template <typename Call>
+Status WithAccessor(StreamFunctionLockManager* locks, const HostStreamUtility& utility,
+                    const std::string& key, Call call) {
+  StreamFunctionLock lock(locks, StreamFunctionType::kProperty);
+  if (lock.GetStatus().IsError()) return Traced(lock.GetStatus());
+  PropertyAccessor* accessor = utility.FindProperty(key);
+  if (accessor == nullptr) {
+    return Status(kLevelError, kCauseNotFound, "property %s is not registered", key.c_str())
+        .SetBlock("core");
+  }
+  return Traced(call(*accessor));
+}
+
 }  // namespace
 
 HostStream::HostStream(std::string key, StreamSourceFactory* factory, StreamSource* source,
@@ -97,38 +112,23 @@ Status HostStream::ReleaseFrame(Frame* frame) {
 
 Status HostStream::GetSerializedProperty(const std::string& key, const void* input,
                                          size_t input_size, void** property, size_t* size) {
-  StreamFunctionLock lock(&lock_manager_, StreamFunctionType::kProperty);
-  if (lock.GetStatus().IsError()) return Traced(lock.GetStatus());
-  PropertyAccessor* accessor = utility_.FindProperty(key);
-  if (accessor == nullptr) {
-    return Status(kLevelError, kCauseNotFound, "property %s is not registered", key.c_str())
-        .SetBlock("core");
-  }
-  return Traced(accessor->Get(key, property, size, input, input_size));
+  return WithAccessor(&lock_manager_, utility_, key, [&](PropertyAccessor& accessor) {
+    return accessor.Get(key, property, size, input, input_size);
+  });
 }
 
 Status HostStream::ReleaseSerializedProperty(const std::string& key, void* property,
                                              size_t size) {
-  StreamFunctionLock lock(&lock_manager_, StreamFunctionType::kProperty);
-  if (lock.GetStatus().IsError()) return Traced(lock.GetStatus());
-  PropertyAccessor* accessor = utility_.FindProperty(key);
-  if (accessor == nullptr) {
-    return Status(kLevelError, kCauseNotFound, "property %s is not registered", key.c_str())
-        .SetBlock("core");
-  }
-  return Traced(accessor->Release(key, property, size));
+  return WithAccessor(&lock_manager_, utility_, key, [&](PropertyAccessor& accessor) {
+    return accessor.Release(key, property, size);
+  });
 }
 
 Status HostStream::SetSerializedProperty(const std::string& key, const void* property,
                                          size_t size) {
-  StreamFunctionLock lock(&lock_manager_, StreamFunctionType::kProperty);
-  if (lock.GetStatus().IsError()) return Traced(lock.GetStatus());
-  PropertyAccessor* accessor = utility_.FindProperty(key);
-  if (accessor == nullptr) {
-    return Status(kLevelError, kCauseNotFound, "property %s is not registered", key.c_str())
-        .SetBlock("core");
-  }
-  return Traced(accessor->Set(key, property, size));
+  return WithAccessor(&lock_manager_, utility_, key, [&](PropertyAccessor& accessor) {
+    return accessor.Set(key, property, size);
+  });
 }
 
 StreamFunctionLockManager* HostStream::GetFunctionLockManager() { return &lock_manager_; }
