@@ -52,6 +52,12 @@ class UndeliveredFrameMemory {
   bool delivered_ = false;
 };
 
+// Bytes of a width x height point cloud (6 per point); 0 for an empty image.
+uint64_t PointCloudBytes(int32_t width, int32_t height) {
+  if (width < 1 || height < 1) return 0;
+  return static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * 6u;
+}
+
 void LogFillFrameError(const char* message) {
   StreamSourceLogger().WriteLog(ZeltoLogger::Debug, ZeltoMesh::kComponentName,
                                 "[%s] fill frame error: %s", ZeltoMesh::kComponentName, message);
@@ -191,6 +197,17 @@ void ZeltoMeshStreamSource::ProduceFrame(weftcore::Frame* upstream,
   // 8. Masking (Part 3.3): blanks masked points of `raw` in place.
   ApplySegmentationMasks(&raw);
 
+  // Deviation: the builder reads width x height points; a smaller point cloud
+  // (configuration and frame out of step) would be read past its end.
+  const uint64_t needed = PointCloudBytes(width, height);
+  if (raw.address != nullptr && raw.size < needed) {
+    StreamSourceLogger().WriteLog(
+        ZeltoLogger::Debug, ZeltoMesh::kComponentName,
+        "[%s] fill frame error: point cloud is too small: size=%llu, expected=%llu",
+        ZeltoMesh::kComponentName, static_cast<unsigned long long>(raw.size),
+        static_cast<unsigned long long>(needed));
+    return;
+  }
   // 9.
   weftcore::FrameInfo frame;
   UndeliveredFrameMemory undelivered(allocator, &frame);

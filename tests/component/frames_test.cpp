@@ -357,6 +357,27 @@ TEST_F(FramesTest, FillFrameDataFailsOneLogLineFrameCountUnchangedAndTheNumberRe
   ExpectMeshChannel(next[0], kReferenceLayoutSize, 3);
 }
 
+// Deviation: a point cloud smaller than the configured image is not read past
+// its end; the frame is dropped like a failed fillFrameData.
+TEST_F(FramesTest, PointCloudSmallerThanTheConfiguredImageIsLoggedAndNotBuilt) {
+  upstream.Camera().QueueFrame(PointCloudFrame({1, 2, 1000, 3, 4, 1000}, 7));
+  upstream.Camera().QueueFrame(FlatPointCloudFrame(1000, 8));
+  ASSERT_NO_FATAL_FAILURE(OpenAndStart());
+
+  EXPECT_TRUE(GetFrames().empty());
+  EXPECT_EQ((Records{MeshDebugRecord("mesh loaded height:3 width:4 fx:2.000000 fy:2.000000 "
+                                     "cx:1.500000 cy:1.000000"),
+                     MeshDebugRecord("[ZeltoMesh] fill frame error: point cloud is too small: "
+                                     "size=12, expected=72")}),
+            logs.Records());
+  EXPECT_EQ(0u, peer().frameCount());
+  EXPECT_EQ(1, upstream.Camera().counts.framesReleased);
+
+  const std::vector<weftcore::FrameInfo> next = GetFrames();
+  ASSERT_EQ(1u, next.size());
+  EXPECT_EQ(0u, next[0].sequenceNumber);
+}
+
 TEST_F(FramesTest, DeliveredFramesCarryTheCaptureTimestampAndConsecutiveNumbers) {
   for (uint64_t timestamp : {1000u, 2000u, 3000u}) {
     upstream.Camera().QueueFrame(FlatPointCloudFrame(1000, timestamp));
