@@ -8,6 +8,7 @@
 #include "weftcore/host/host_stream.h"
 #include "weftcore/osal.h"
 #include "weftcore/recording_component.h"
+#include "weftcore/recording_core.h"
 
 namespace {
 
@@ -26,14 +27,8 @@ class HostStreamFramesTest : public ::testing::Test {
  protected:
   void SetUp() override {
     TheRecorder().Reset();
-    HostConfiguration configuration;
-    configuration.streams["recording"] = {weftcore_test::kRecordingComponent, "recording"};
-    core_ = std::make_unique<HostCore>(configuration, std::vector<std::string>{});
-    ASSERT_TRUE(core_
-                    ->RegisterComponent(weftcore_test::kRecordingComponent,
-                                        weftcore_test::CreateRecordingComponent,
-                                        weftcore_test::DestroyRecordingComponent)
-                    .ok());
+    core_ = weftcore_test::MakeRecordingCore();
+    ASSERT_NE(nullptr, core_);
   }
   void TearDown() override { weftcore::osal::SetSleepHook(nullptr); }
 

@@ -7,6 +7,7 @@
 #include "weftcore/host/host_core.h"
 #include "weftcore/host/host_stream.h"
 #include "weftcore/recording_component.h"
+#include "weftcore/recording_core.h"
 
 namespace {
 
@@ -24,14 +25,8 @@ class HostStreamPropertiesTest : public ::testing::Test {
  protected:
   void SetUp() override {
     TheRecorder().Reset();
-    HostConfiguration configuration;
-    configuration.streams["recording"] = {weftcore_test::kRecordingComponent, "recording"};
-    core_ = std::make_unique<HostCore>(configuration, std::vector<std::string>{});
-    ASSERT_TRUE(core_
-                    ->RegisterComponent(weftcore_test::kRecordingComponent,
-                                        weftcore_test::CreateRecordingComponent,
-                                        weftcore_test::DestroyRecordingComponent)
-                    .ok());
+    core_ = weftcore_test::MakeRecordingCore();
+    ASSERT_NE(nullptr, core_);
     Stream* stream = nullptr;
     ASSERT_TRUE(core_->OpenStream("recording", &stream).ok());
     stream_ = static_cast<HostStream*>(stream);

@@ -9,6 +9,7 @@
 #include "component/zelto_mesh_streamsource.h"
 #include "tests/component/log_recorder.h"
 #include "tests/component/mesh_source_test.h"
+#include "tests/component/segmentation/segmentation_fixture.h"
 #include "tests/component/source_test_peer.h"
 
 namespace zelto_test {
@@ -48,18 +49,6 @@ PlatformLogRecord SetLine(const void* record) {
   return MeshDebugRecord(Printf(
       "[ZeltoMesh] Set ZeltoMeshMaskSettingsProperty by key=kZeltoMeshMaskSettingsKey prop=%p\n",
       record));
-}
-
-void ExpectRequest(const ZeltoSegmentationMaskDataProperty_& entry, const std::string& name,
-                   bool isColorSource, bool isInvertMask) {
-  EXPECT_EQ(entry.name, name);
-  EXPECT_EQ(entry.isColorSource, isColorSource);
-  EXPECT_EQ(entry.isInvertMask, isInvertMask);
-  EXPECT_EQ(entry.maskDataAddress, 0u);
-  EXPECT_EQ(entry.maskDataSize, 0u);
-  EXPECT_EQ(entry.maskDataWidth, 0u);
-  EXPECT_EQ(entry.maskDataHeight, 0u);
-  EXPECT_EQ(entry.maskDataTimestamp, 0u);
 }
 
 // The source is not opened: the handlers need no stream.

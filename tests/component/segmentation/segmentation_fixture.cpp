@@ -4,6 +4,8 @@
 #include <cstring>
 #include <map>
 
+#include <gtest/gtest.h>
+
 #include "weftcore/framework_properties.h"
 
 namespace zelto_test {
@@ -203,6 +205,18 @@ bool SegmentationTest::SegmentationStreamIsOpen() const {
   const std::vector<std::string> keys = host->core().OpenStreamKeys();
   return std::find(keys.begin(), keys.end(), ZeltoSegmentation::kSegmentationStreamKey) !=
          keys.end();
+}
+
+void ExpectRequest(const ZeltoSegmentation::ZeltoSegmentationMaskDataProperty_& entry, const std::string& name,
+                   bool isColorSource, bool isInvertMask) {
+  EXPECT_EQ(entry.name, name);
+  EXPECT_EQ(entry.isColorSource, isColorSource);
+  EXPECT_EQ(entry.isInvertMask, isInvertMask);
+  EXPECT_EQ(entry.maskDataAddress, 0u);
+  EXPECT_EQ(entry.maskDataSize, 0u);
+  EXPECT_EQ(entry.maskDataWidth, 0u);
+  EXPECT_EQ(entry.maskDataHeight, 0u);
+  EXPECT_EQ(entry.maskDataTimestamp, 0u);
 }
 
 }  // namespace zelto_test

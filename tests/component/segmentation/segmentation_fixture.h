@@ -92,4 +92,9 @@ class SegmentationTest : public MeshSourceTest {
   FakeSegmentation& segmentation = FakeSegmentation::Instance();
 };
 
+// A request entry as Parts 3.3 and 3.4 build it: name and flags from the mask
+// info, every mask data field 0.
+void ExpectRequest(const ZeltoSegmentation::ZeltoSegmentationMaskDataProperty_& entry,
+                   const std::string& name, bool isColorSource, bool isInvertMask);
+
 }  // namespace zelto_test

@@ -26,18 +26,6 @@ const char kCannotClose[] =
     "Zelto Segmentation Stream cannot close cause:6 message:segmentation close out of memory";
 const char kCannotGetMasks[] = "Mask data cannot get cause:3 message:no segmentation result";
 
-void ExpectRequest(const ZeltoSegmentationMaskDataProperty_& entry, const std::string& name,
-                   bool isColorSource, bool isInvertMask) {
-  EXPECT_EQ(entry.name, name);
-  EXPECT_EQ(entry.isColorSource, isColorSource);
-  EXPECT_EQ(entry.isInvertMask, isInvertMask);
-  EXPECT_EQ(entry.maskDataAddress, 0u);
-  EXPECT_EQ(entry.maskDataSize, 0u);
-  EXPECT_EQ(entry.maskDataWidth, 0u);
-  EXPECT_EQ(entry.maskDataHeight, 0u);
-  EXPECT_EQ(entry.maskDataTimestamp, 0u);
-}
-
 class SegmentationLinkTest : public SegmentationTest {
  protected:
   // Opens and starts "mesh" and produces one unmasked frame, so that later
