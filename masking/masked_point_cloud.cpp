@@ -12,6 +12,7 @@
 #include "logging/zelto_logger.h"
 #include "masking/mask_fit.h"
 #include "masking/zelto_vector3.h"
+#include "mesh/invalid_depth.h"
 
 // Part 5.1: every module holds its own instance.
 [[maybe_unused]] static ZeltoLogger logger;
@@ -19,7 +20,6 @@
 namespace {
 
 constexpr char kBlock[] = "ZeltoMesh";
-constexpr int16_t kInvalidDepth = 32001;
 constexpr size_t kPointBytes = 6;
 constexpr size_t kDepthOffset = 4;  // z follows x and y
 
@@ -153,7 +153,8 @@ weftcore::Status MaskedPointCloud::Apply(
       if (byte == nullptr) continue;
       const bool inside = *byte > maskThreshold;
       if (inside != plan.isInvertMask) {
-        std::memcpy(point + kDepthOffset, &kInvalidDepth, sizeof kInvalidDepth);
+        constexpr int16_t invalid = ZeltoMesh::kInvalidDepth;
+        std::memcpy(point + kDepthOffset, &invalid, sizeof invalid);
         break;  // masks combine by OR: later masks are not consulted
       }
     }

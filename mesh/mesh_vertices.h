@@ -3,10 +3,9 @@
 
 #include <cstdint>
 
-namespace ZeltoMesh {
+#include "mesh/invalid_depth.h"
 
-// Depth written for invalid (below 10 mm) and masked points.
-constexpr int16_t kInvalidDepth = 32001;
+namespace ZeltoMesh {
 
 struct PinholeIntrinsics {
   float fx = 0;
