@@ -3,7 +3,7 @@
 JOBS ?= $(shell nproc)
 ZELTO_MESH = build/default/bin/zelto-mesh
 
-.PHONY: all bootstrap build run test test-default test-asan test-tsan bench clean
+.PHONY: all bootstrap build build-cli run test test-default test-asan test-tsan bench clean
 
 all: build
 
@@ -14,9 +14,15 @@ build: bootstrap
 	cmake --preset default >/dev/null
 	cmake --build --preset default -j $(JOBS)
 
+# Only what the main job needs: the command-line host and its two plug-ins
+# (the mesh component and the simulator); the suites are built by make test.
+build-cli: bootstrap
+	cmake --preset default >/dev/null
+	cmake --build --preset default -j $(JOBS) --target zelto-mesh
+
 # The main job on its built-in default: the synthetic scene with the
 # "person" mask, PLY meshes, a preview and per-frame statistics in out/.
-run: build
+run: build-cli
 	$(ZELTO_MESH) run --mask person --out out --preview out/preview.png --stats out/stats.jsonl
 
 # The suite twice (normal, then AddressSanitizer + UBSan), then the
