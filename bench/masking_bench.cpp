@@ -1,4 +1,4 @@
-// Part 3.2: MaskedPointCloud::Apply on the real 640 x 480 redwood frame, with
+// MaskedPointCloud::Apply on the real 640 x 480 redwood frame, with
 // one colour mask, one depth mask, one of each, and three of each.
 // Timing is manual and covers Apply only: the cloud is restored from a copy
 // before every call, since Apply rewrites the depths it masks. The time is

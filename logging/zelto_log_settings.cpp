@@ -1,3 +1,5 @@
+// The settings-file line: how the first line a user wrote into
+// "zelto_log_settings" becomes a log level.
 #include "logging/zelto_log_settings.h"
 
 #include <array>
@@ -8,7 +10,7 @@
 namespace ZeltoLogSettings {
 namespace {
 
-// Step 8 compares in exactly this order.
+// The lines a user may write, each with the level it selects.
 using SettingsLine = std::pair<const char*, ZeltoLogger::LogLevel>;
 constexpr std::array<SettingsLine, 6> kSettingsLines = {{
     {"loglevel=silent", ZeltoLogger::Silent},
@@ -45,7 +47,8 @@ bool LevelForLine(const std::string& normalized, ZeltoLogger::LogLevel* level) {
 bool ReadLevelFromFile(const std::string& path, ZeltoLogger::LogLevel* level) {
   std::ifstream file(path);
   if (!file.is_open()) return false;
-  // Only the first line counts. A directory opens on POSIX but reads nothing.
+  // Only the first line counts, so a user may keep notes below it. A
+  // directory opens on POSIX but reads nothing, so it selects nothing.
   std::string line;
   std::getline(file, line);
   return LevelForLine(NormalizeLine(line), level);

@@ -1,5 +1,5 @@
-// The settings-file line of Part 5.1 ("loglevel=debug", ...): how the first
-// line of "zelto_log_settings" becomes a log level.
+// The settings-file line ("loglevel=debug", ...): how the first line of
+// "zelto_log_settings" becomes a log level.
 #pragma once
 
 #include <string>
@@ -8,15 +8,17 @@
 
 namespace ZeltoLogSettings {
 
-// Initialize steps 6 and 7: drops every LF and CR, lowercases, trims.
+// Drops every LF and CR wherever it stands, lowercases, trims: a line typed
+// in any editor, with any line ending or capitals, reads alike. Inner blanks
+// stay, so "loglevel = debug" matches nothing.
 std::string NormalizeLine(const std::string& line);
 
-// Initialize step 8: the level whose settings line equals `normalized`
-// exactly; false (and `*level` untouched) when none does.
+// The level whose settings line equals `normalized` exactly; false (and
+// `*level` untouched) when none does.
 bool LevelForLine(const std::string& normalized, ZeltoLogger::LogLevel* level);
 
-// Initialize steps 4 to 8 for the file at `path`: true when its first line
-// selected a level. A file that does not open selects nothing.
+// True when the first line of the file at `path` selected a level. A file
+// that does not open selects nothing, silently.
 bool ReadLevelFromFile(const std::string& path, ZeltoLogger::LogLevel* level);
 
 }  // namespace ZeltoLogSettings

@@ -1,4 +1,10 @@
-// ZeltoLogger (Part 5.1): the leveled diagnostic log of every module.
+// ZeltoLogger: the leveled diagnostic log of every module of the component.
+//
+// Every module (the logger's own, masking, the source factory, the stream
+// source) holds a file-static instance of its own, built when the library
+// loads. The log level property of the stream source sets that module's
+// instance only, so a client turning the source's log up or down leaves the
+// other modules at the level the settings file chose.
 #pragma once
 
 #include <atomic>
@@ -29,8 +35,11 @@ class ZeltoLogger {
   ZeltoLogger(const ZeltoLogger&) = delete;
   ZeltoLogger& operator=(const ZeltoLogger&) = delete;
 
-  // Looks up "zelto_log_settings" below the Documents directory and applies
-  // its first line.
+  // Every logger starts silent. A user who needs diagnostics from a device
+  // where no client sets the log level (or from modules the property does
+  // not reach) drops a one-line file "zelto_log_settings" anywhere below the
+  // application's Documents directory; each logger reads it here, when the
+  // library loads. Nothing found, nothing readable: the level stays.
   void Initialize();
 
   LogLevel GetLogLevel() const;
@@ -40,7 +49,8 @@ class ZeltoLogger {
   // platform log. The format is printf-style.
   bool WriteLog(LogLevel level, std::string tag, const char* format, ...)
       __attribute__((format(printf, 4, 5)));
-  // Unfiltered write; always true.
+  // Unfiltered write; always true. A level outside the five message levels
+  // goes out as the default platform type.
   bool ForceWriteLog(LogLevel level, std::string tag, const char* format, ...)
       __attribute__((format(printf, 4, 5)));
 

@@ -1,6 +1,6 @@
-// The platform half of ZeltoLogger on Apple (Part 5.1): Foundation for the
-// Documents directory and its enumeration, the unified log for records.
-// The weftcore log sink is offered every record first, as off Apple.
+// The platform half of ZeltoLogger on Apple: Foundation for the Documents
+// directory and its enumeration, the unified log for records. The weftcore
+// log sink is offered every record first, as off Apple.
 #import <Foundation/Foundation.h>
 #include <os/log.h>
 

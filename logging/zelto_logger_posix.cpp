@@ -1,7 +1,7 @@
-// The platform half of ZeltoLogger off Apple (Part 5.1, "Left to the
-// implementer"): a configurable Documents directory, a deterministic
-// recursive walk in place of NSDirectoryEnumerator, and syslog in place of
-// os_log, behind the weftcore log sink.
+// The platform half of ZeltoLogger off Apple: a configurable Documents
+// directory, a deterministic recursive walk in place of the Foundation
+// enumerator, and syslog in place of the unified log, behind the weftcore
+// log sink.
 #include <syslog.h>
 
 #include <algorithm>
@@ -32,8 +32,9 @@ bool DocumentsDirectory(std::string* documents) {
   return true;
 }
 
-// Entry names of `directory` in byte order (standing in for the
-// enumerator's order); empty when it cannot be read.
+// Entry names of `directory` in byte order, so that with two settings files
+// the same one wins on every run and every file system; empty when the
+// directory cannot be read.
 std::vector<std::string> SortedEntryNames(const fs::path& directory) {
   std::vector<std::string> names;
   std::error_code error;

@@ -1,4 +1,5 @@
-// How a mask is laid over its reference image (Part 3.2, pass 1, steps 3-4).
+// How a segmentation mask, computed at its own resolution, is laid over the
+// colour or depth image it was computed from.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +14,10 @@ struct MaskFit {
 };
 
 // Fits the mask by the larger of its two ratios to the reference image and
-// centres it; the tie goes to the height ratio. The reference sizes are the
-// calibration's, already converted to float.
+// centres it, so the excess of the scaled image is cut off equally on both
+// sides; the tie goes to the height ratio. The reference sizes are the
+// calibration's, already converted to float: before the first calibration
+// they are 0, the scale is infinite and no point lands on the mask.
 MaskFit FitMaskToReference(uint32_t maskWidth, uint32_t maskHeight, float refWidth,
                            float refHeight);
 

@@ -1,4 +1,6 @@
-// The mesh mask settings record (Part 3.4).
+// The mask settings a client sets on the mesh source: whether masking is on,
+// which segmentation masks to request, and the threshold their bytes are
+// compared with.
 #pragma once
 
 #include <cstdint>

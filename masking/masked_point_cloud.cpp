@@ -1,4 +1,7 @@
-// Part 3.2: MaskedPointCloud::Apply, the in-place masking of a point cloud.
+// MaskedPointCloud::Apply: blanks, in place, every point of a point cloud
+// that a segmentation mask selects, by giving it the invalid depth the mesh
+// builder already leaves out. Every mask is checked and fitted before the
+// first point is touched, so a bad mask list leaves the frame as it came.
 #include "masking/masked_point_cloud.h"
 
 #include <cstddef>
@@ -14,7 +17,7 @@
 #include "masking/zelto_vector3.h"
 #include "mesh/invalid_depth.h"
 
-// Part 5.1: every module holds its own instance.
+// Every module of the component holds its own logger (see zelto_logger.h).
 [[maybe_unused]] static ZeltoLogger logger;
 
 namespace {
@@ -39,8 +42,8 @@ weftcore::Status NullStatus(const char* message) {
       .SetBlock(kBlock);
 }
 
-// The Part lets the vector's exception propagate; no exception may leave the
-// component, so it becomes a status (docs/deviations.md).
+// No exception may cross into the host, so exhausted memory for the working
+// table becomes a status; the caller logs it and the frame goes on unmasked.
 weftcore::Status OutOfMemoryStatus(size_t maskCount, const char* what) {
   return weftcore::Status(weftcore::kLevelError, weftcore::kCauseOutOfMemory,
                           "Out of memory for %zu masks: %s", maskCount, what)
@@ -52,10 +55,13 @@ bool IsInvalid(const ZeltoSegmentation::ZeltoSegmentationMaskDataProperty_& mask
 }
 
 weftcore::Status InvalidMaskStatus(const ZeltoSegmentation::ZeltoSegmentationMaskDataProperty_& m) {
-  // The Part's format has five conversions for six values, so the number
-  // after "timestamp:" is the height. The arguments are converted to exactly
-  // what each conversion prints on LP64 (the low 32 bits of the address for
-  // %x); the unprinted timestamp is not passed (docs/deviations.md).
+  // Log readers of the segmentation components parse this exact line, so it
+  // stays byte for byte as they know it, quirk included: the format has one
+  // conversion fewer than its labels, so the number after "timestamp:" is
+  // the height and the timestamp is never printed. Each argument is
+  // converted to exactly the type its conversion reads (the low 32 bits of
+  // the address for %x), so nothing undefined reaches printf on LP64, and
+  // the timestamp is not passed at all.
   return weftcore::Status(
              weftcore::kLevelError, weftcore::kCauseInvalidArgument,
              "Invalid mask data mask name:%s address:%x size:%lu width:%u height timestamp:%ld",
@@ -65,8 +71,12 @@ weftcore::Status InvalidMaskStatus(const ZeltoSegmentation::ZeltoSegmentationMas
       .SetBlock(kBlock);
 }
 
-// The mask pixel that (u, v) falls on, or null when a skip test of step 4d
-// fails. The index wraps around in 32 bits, as the Part requires.
+// The mask byte that (u, v) falls on, or null when it falls off the mask.
+// The height only sets the scale: the byte count is what bounds a read, so a
+// row past the height whose byte still lies in the mask's memory is read.
+// The index is computed in 32 bits and wraps around; the wrapped index is
+// still checked against the byte count, so even a mask of more than 4 GiB
+// is never read outside its memory.
 const uint8_t* MaskByte(const MaskPlan& plan, std::pair<float, float> position) {
   const int32_t col = Zelto::TruncateToInt32(position.first * plan.fit.scale - plan.fit.offsetX);
   const int32_t row = Zelto::TruncateToInt32(position.second * plan.fit.scale - plan.fit.offsetY);
@@ -134,7 +144,9 @@ weftcore::Status MaskedPointCloud::Apply(
     anyDepth = anyDepth || !mask.isColorSource;
   }
 
-  // Pass 2: no allocation from here on. The count is a signed 32-bit number.
+  // Pass 2: no allocation from here on, so the cost per point stays flat
+  // while the frame thread holds the mask mutex. The count is a signed
+  // 32-bit number.
   const int32_t count = static_cast<int32_t>(static_cast<uint32_t>(raw->size / kPointBytes));
   if (count < 1 || plans.empty()) return weftcore::Status();
   auto* points = static_cast<unsigned char*>(raw->address);

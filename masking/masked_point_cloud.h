@@ -1,5 +1,6 @@
-// MaskedPointCloud (Parts 3.1, 3.2): calibration-based mapping of depth
-// points to colour and depth pixels, and the in-place masking of a point cloud.
+// MaskedPointCloud: maps the depth camera's points to colour and depth
+// pixels through the camera's calibration, and blanks in place the points
+// that segmentation masks select, before the mesh is built from them.
 #pragma once
 
 #include <cstdint>
@@ -14,23 +15,29 @@
 
 class MaskedPointCloud {
  public:
-  // Part 3.1: refreshes `calibration` from `stream` and inverts its rotation.
+  // Refreshes `calibration` from `stream` and inverts its rotation; does
+  // nothing while `stream` is null.
   void SetupCoordinate();
   // Whole-pixel position in the colour image, or (-1, -1).
   std::pair<float, float> CameraToColor(const Zelto::ZeltoVector3_& p) const;
   // Sub-pixel position in the depth image, or (-1, -1).
   std::pair<float, float> CameraToDepth(const Zelto::ZeltoVector3_& p) const;
 
-  // Part 3.2: sets z = 32001 for every point of `raw` that a mask of `list`
-  // selects. Fails only before it touches any point: cause 2 for an invalid
-  // mask or a null argument, cause 6 when the per-call mask table cannot be
-  // allocated (docs/deviations.md); never throws that failure.
+  // Sets z = 32001 for every point of `raw` that a mask of `list` selects.
+  // Fails only before it touches any point: cause 2 for an invalid mask or a
+  // null argument, cause 6 when the per-call mask table cannot be allocated;
+  // never throws. The mask bytes are read in place, never copied.
   weftcore::Status Apply(weftcore::Channel::RawData* raw,
                          const ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_* list);
 
-  // Members in the order of Parts 3.1 and 3.2.
+  // Owned by the frame thread, which sets `stream` and calls SetupCoordinate
+  // and Apply; no property handler touches them, so they take no lock.
   ZeltoTof::ZeltoTofCalibrationSettingsProperty_ calibration;
   float inverseRotation[9] = {};
-  weftcore::Stream* stream = nullptr;  // not owned
+  weftcore::Stream* stream = nullptr;  // the ToF camera stream, borrowed from the source
+
+  // Guarded by the stream source's mask mutex: the mask settings Set handler
+  // writes it, and the frame thread calls Apply, which reads it, under that
+  // mutex. A mask byte strictly above it counts as inside the mask.
   uint8_t maskThreshold = 55;
 };

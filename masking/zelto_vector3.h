@@ -1,5 +1,5 @@
-// Zelto::ZeltoVector3_ (Part 3.1) and the float-to-integer rule of Parts 3.1
-// and 3.2.
+// A point of the depth camera's space, and the float-to-integer conversion
+// every mask lookup uses.
 #pragma once
 
 #include <cstdint>
