@@ -3,7 +3,13 @@
 #include <cerrno>
 #include <cstdlib>
 #include <limits>
+#include <set>
+#include <sstream>
 
+#include "properties/zelto_log_level_property.h"
+#include "properties/zelto_runtime_settings_property.h"
+#include "properties/zelto_segmentation_properties.h"
+#include "properties/zelto_tof_properties.h"
 #include "sim_error.h"
 
 namespace ZeltoSim {
@@ -35,6 +41,67 @@ bool ParseFlag(const std::string& text, bool* value) {
   return true;
 }
 
+// The names a failure knob may list: the source types, or the keys of the
+// properties that the sim's sources register themselves.
+const std::set<std::string>& SourceTypes() {
+  static const std::set<std::string> types{kSettingsSourceType, kTofCameraSourceType,
+                                           kTofPlayerSourceType, kSegmentationSourceType};
+  return types;
+}
+
+const std::set<std::string>& PropertyKeys() {
+  static const std::set<std::string> keys{
+      Zelto::kZeltoLogLevelKey,
+      Zelto::kZeltoRuntimeSettingsKey,
+      ZeltoTof::kZeltoTofCamera2CurrentConfigurationKey,
+      ZeltoTof::kZeltoTofCalibrationSettingsKey,
+      ZeltoTof::kZeltoTofProcessTargetsKey,
+      ZeltoSegmentation::kZeltoSegmentationMaskDataListKey};
+  return keys;
+}
+
+weftcore::Status ParseList(const std::string& key, const std::string& value,
+                           const std::set<std::string>& allowed, const char* kind,
+                           std::set<std::string>* list) {
+  list->clear();
+  std::istringstream items(value);
+  std::string item;
+  while (std::getline(items, item, ',')) {
+    if (allowed.count(item) == 0) {
+      return SimError(weftcore::kCauseInvalidArgument, "component argument \"" + key +
+                                                           "\": \"" + item + "\" is not " + kind);
+    }
+    list->insert(item);
+  }
+  return weftcore::Status();
+}
+
+std::string JoinList(const std::set<std::string>& list) {
+  std::string text;
+  for (const std::string& item : list) text += (text.empty() ? "" : ",") + item;
+  return text;
+}
+
+// Each list knob: its argument key, its field and what it may name.
+struct ListKnob {
+  const char* key;
+  std::set<std::string> SimFaults::*list;
+  bool namesSourceTypes;
+};
+
+constexpr ListKnob kListKnobs[] = {
+    {"fail_open", &SimFaults::failOpen, true},   {"fail_start", &SimFaults::failStart, true},
+    {"fail_stop", &SimFaults::failStop, true},   {"fail_close", &SimFaults::failClose, true},
+    {"fail_get", &SimFaults::failGet, false},    {"fail_set", &SimFaults::failSet, false},
+    {"throw_get", &SimFaults::throwGet, false}};
+
+const ListKnob* FindListKnob(const std::string& key) {
+  for (const ListKnob& knob : kListKnobs) {
+    if (key == knob.key) return &knob;
+  }
+  return nullptr;
+}
+
 }  // namespace
 
 weftcore::ComponentArgument ToComponentArgument(const SimOptions& options) {
@@ -46,6 +113,11 @@ weftcore::ComponentArgument ToComponentArgument(const SimOptions& options) {
   args.values["run_mode"] = std::to_string(options.runMode);
   args.values["realtime"] = options.realtime ? "true" : "false";
   args.values["log_level"] = std::to_string(options.logLevel);
+  for (const ListKnob& knob : kListKnobs) {
+    const std::set<std::string>& list = options.faults.*knob.list;
+    if (!list.empty()) args.values[knob.key] = JoinList(list);
+  }
+  if (options.faults.pointCloud != "full") args.values["point_cloud"] = options.faults.pointCloud;
   return args;
 }
 
@@ -75,6 +147,18 @@ weftcore::Status ParseSimOptions(const weftcore::ComponentArgument& args, SimOpt
       if (!ParseFlag(value, &options->remote)) return BadValue(key, value, "true or false");
     } else if (key == "realtime") {
       if (!ParseFlag(value, &options->realtime)) return BadValue(key, value, "true or false");
+    } else if (const ListKnob* knob = FindListKnob(key)) {
+      const weftcore::Status status =
+          knob->namesSourceTypes
+              ? ParseList(key, value, SourceTypes(), "a source type", &(options->faults.*knob->list))
+              : ParseList(key, value, PropertyKeys(), "a property of the sim",
+                          &(options->faults.*knob->list));
+      if (status.IsError()) return status;
+    } else if (key == "point_cloud") {
+      if (value != "full" && value != "null" && value != "short") {
+        return BadValue(key, value, "full, null or short");
+      }
+      options->faults.pointCloud = value;
     } else {
       return SimError(weftcore::kCauseInvalidArgument,
                       "unknown component argument \"" + key + "\"");

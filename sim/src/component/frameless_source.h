@@ -1,17 +1,23 @@
 // Base of the sim's sources that only serve properties ("zelto_stream",
 // "zelto_segmentation_camera2_stream"): they deliver no frames and have
-// nothing to start, stop or close.
+// nothing to start, stop or close, unless a failure knob says so.
 #pragma once
 
 #include <cstdint>
+#include <string>
+#include <utility>
 #include <vector>
 
+#include "component/fault_injection.h"
+#include "component/sim_device.h"
 #include "weftcore/stream_source.h"
 
 namespace ZeltoSim {
 
 class FramelessSource : public weftcore::StreamSource {
  public:
+  FramelessSource(SimDevice* device, std::string type) : device_(device), type_(std::move(type)) {}
+
   using weftcore::StreamSource::Get;
   using weftcore::StreamSource::Set;
 
@@ -20,9 +26,17 @@ class FramelessSource : public weftcore::StreamSource {
                                 const std::vector<uint32_t>* /*ids*/) override {
     return weftcore::Status();
   }
-  weftcore::Status Close() override { return weftcore::Status(); }
-  weftcore::Status Start() override { return weftcore::Status(); }
-  weftcore::Status Stop() override { return weftcore::Status(); }
+  weftcore::Status Close() override { return Refused("close"); }
+  weftcore::Status Start() override { return Refused("start"); }
+  weftcore::Status Stop() override { return Refused("stop"); }
+
+ protected:
+  weftcore::Status Refused(const char* call) const {
+    return RefusedCall(device_->options().faults, type_, call);
+  }
+
+  SimDevice* device_;  // owned by the factory
+  std::string type_;   // the source type the factory created
 };
 
 }  // namespace ZeltoSim

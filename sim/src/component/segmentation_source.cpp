@@ -6,10 +6,12 @@ namespace ZeltoSim {
 
 weftcore::Status SegmentationSource::Open(weftcore::Core* /*core*/,
                                           weftcore::StreamSourceUtility* util) {
-  weftcore::Status status =
-      util->CreateProperty<ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_,
-                           SegmentationSource>(ZeltoSegmentation::kZeltoSegmentationMaskDataListKey,
-                                               this);
+  weftcore::Status status = Refused("open");
+  if (status.ok()) {
+    status = ServeProperty<ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_>(
+        util, ZeltoSegmentation::kZeltoSegmentationMaskDataListKey, this,
+        device_->options().faults);
+  }
   if (status.IsError()) status.AddTrace(nullptr, 0);
   return status;
 }

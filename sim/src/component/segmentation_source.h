@@ -2,14 +2,13 @@
 // with masks held in the device's memory. It delivers no frames.
 #pragma once
 
-#include "component/sim_device.h"
 #include "component/frameless_source.h"
 
 namespace ZeltoSim {
 
 class SegmentationSource final : public FramelessSource {
  public:
-  explicit SegmentationSource(SimDevice* device) : device_(device) {}
+  explicit SegmentationSource(SimDevice* device) : FramelessSource(device, kSegmentationSourceType) {}
 
   using FramelessSource::Get;
   using FramelessSource::Set;
@@ -21,9 +20,6 @@ class SegmentationSource final : public FramelessSource {
                        ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_* property);
   weftcore::Status Set(const std::string& key,
                        const ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_* property);
-
- private:
-  SimDevice* device_;  // owned by the factory
 };
 
 }  // namespace ZeltoSim

@@ -6,11 +6,15 @@ namespace ZeltoSim {
 
 weftcore::Status SettingsSource::Open(weftcore::Core* /*core*/,
                                       weftcore::StreamSourceUtility* util) {
-  weftcore::Status status = util->CreateProperty<Zelto::ZeltoLogLevelProperty_, SettingsSource>(
-      Zelto::kZeltoLogLevelKey, this);
+  const SimFaults& faults = device_->options().faults;
+  weftcore::Status status = Refused("open");
   if (status.ok()) {
-    status = util->CreateProperty<Zelto::ZeltoRuntimeSettingsProperty_, SettingsSource>(
-        Zelto::kZeltoRuntimeSettingsKey, this);
+    status = ServeProperty<Zelto::ZeltoLogLevelProperty_>(util, Zelto::kZeltoLogLevelKey, this,
+                                                          faults);
+  }
+  if (status.ok()) {
+    status = ServeProperty<Zelto::ZeltoRuntimeSettingsProperty_>(
+        util, Zelto::kZeltoRuntimeSettingsKey, this, faults);
   }
   if (status.IsError()) status.AddTrace(nullptr, 0);
   return status;

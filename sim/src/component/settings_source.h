@@ -2,14 +2,13 @@
 // settings). It delivers no frames.
 #pragma once
 
-#include "component/sim_device.h"
 #include "component/frameless_source.h"
 
 namespace ZeltoSim {
 
 class SettingsSource final : public FramelessSource {
  public:
-  explicit SettingsSource(SimDevice* device) : device_(device) {}
+  explicit SettingsSource(SimDevice* device) : FramelessSource(device, kSettingsSourceType) {}
 
   using FramelessSource::Get;
   using FramelessSource::Set;
@@ -22,9 +21,6 @@ class SettingsSource final : public FramelessSource {
   weftcore::Status Get(const std::string& key, Zelto::ZeltoRuntimeSettingsProperty_* property);
   weftcore::Status Set(const std::string& key,
                        const Zelto::ZeltoRuntimeSettingsProperty_* property);
-
- private:
-  SimDevice* device_;  // owned by the factory
 };
 
 }  // namespace ZeltoSim

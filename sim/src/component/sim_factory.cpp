@@ -34,7 +34,7 @@ weftcore::Status SimFactory::CreateSource(const std::pair<std::string, int>& typ
   if (type.first == kSettingsSourceType) {
     *source = new SettingsSource(device_.get());
   } else if (type.first == kTofCameraSourceType || type.first == kTofPlayerSourceType) {
-    *source = new TofSource(device_.get());
+    *source = new TofSource(device_.get(), type.first);
   } else if (type.first == kSegmentationSourceType) {
     *source = new SegmentationSource(device_.get());
   } else {

@@ -1,23 +1,26 @@
 #include "component/tof_source.h"
 
+#include "component/fault_injection.h"
 #include "component/frame_channels.h"
 #include "component/source_errors.h"
 
 namespace ZeltoSim {
 
 weftcore::Status TofSource::Open(weftcore::Core* /*core*/, weftcore::StreamSourceUtility* util) {
-  weftcore::Status status = util->GetAllocator("", &allocator_);
+  const SimFaults& faults = device_->options().faults;
+  weftcore::Status status = RefusedCall(faults, type_, "open");
+  if (status.ok()) status = util->GetAllocator("", &allocator_);
   if (status.ok()) {
-    status = util->CreateProperty<ZeltoTof::ZeltoTofCamera2ConfigurationProperty_, TofSource>(
-        ZeltoTof::kZeltoTofCamera2CurrentConfigurationKey, this);
+    status = ServeProperty<ZeltoTof::ZeltoTofCamera2ConfigurationProperty_>(
+        util, ZeltoTof::kZeltoTofCamera2CurrentConfigurationKey, this, faults);
   }
   if (status.ok()) {
-    status = util->CreateProperty<ZeltoTof::ZeltoTofCalibrationSettingsProperty_, TofSource>(
-        ZeltoTof::kZeltoTofCalibrationSettingsKey, this);
+    status = ServeProperty<ZeltoTof::ZeltoTofCalibrationSettingsProperty_>(
+        util, ZeltoTof::kZeltoTofCalibrationSettingsKey, this, faults);
   }
   if (status.ok()) {
-    status = util->CreateProperty<ZeltoTof::ZeltoTofProcessTargetsProperty_, TofSource>(
-        ZeltoTof::kZeltoTofProcessTargetsKey, this);
+    status = ServeProperty<ZeltoTof::ZeltoTofProcessTargetsProperty_>(
+        util, ZeltoTof::kZeltoTofProcessTargetsKey, this, faults);
   }
   if (status.IsError()) status.AddTrace(nullptr, 0);
   return status;
@@ -25,10 +28,12 @@ weftcore::Status TofSource::Open(weftcore::Core* /*core*/, weftcore::StreamSourc
 
 weftcore::Status TofSource::Close() {
   started_ = false;
-  return weftcore::Status();
+  return RefusedCall(device_->options().faults, type_, "close");
 }
 
 weftcore::Status TofSource::Start() {
+  weftcore::Status status = RefusedCall(device_->options().faults, type_, "start");
+  if (status.IsError()) return status;
   started_ = true;
   nextIndex_ = 0;
   startTime_ = std::chrono::steady_clock::now();
@@ -37,7 +42,7 @@ weftcore::Status TofSource::Start() {
 
 weftcore::Status TofSource::Stop() {
   started_ = false;
-  return weftcore::Status();
+  return RefusedCall(device_->options().faults, type_, "stop");
 }
 
 bool TofSource::FrameIsDue(uint64_t index) const {
@@ -70,8 +75,18 @@ weftcore::Status TofSource::BuildFrame(uint64_t index, weftcore::FrameInfo* fram
                            confidence.data(), confidence.size(), timestamp, frame);
   }
   if (status.ok() && targets.processPointCloud) {
-    status = AppendChannel(allocator_, kPointCloudChannel, kRawDataTypePointCloud, points_.data(),
-                           points_.size() * sizeof(int16_t), timestamp, frame);
+    const std::string& shape = device_->options().faults.pointCloud;
+    if (shape == "null") {
+      weftcore::ChannelRawData channel;
+      channel.channelId = kPointCloudChannel;
+      channel.type = kRawDataTypePointCloud;
+      channel.capturedTimestamp = timestamp;
+      frame->channels.push_back(channel);
+    } else {
+      const size_t points = shape == "short" && pixels > 0 ? pixels - 1 : pixels;
+      status = AppendChannel(allocator_, kPointCloudChannel, kRawDataTypePointCloud,
+                             points_.data(), points * 3 * sizeof(int16_t), timestamp, frame);
+    }
   }
   return status;
 }

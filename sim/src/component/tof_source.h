@@ -3,6 +3,8 @@
 #pragma once
 
 #include <chrono>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include "component/sim_device.h"
@@ -12,13 +14,14 @@ namespace ZeltoSim {
 
 class TofSource final : public weftcore::StreamSource {
  public:
-  explicit TofSource(SimDevice* device) : device_(device) {}
+  TofSource(SimDevice* device, std::string type) : device_(device), type_(std::move(type)) {}
 
   using weftcore::StreamSource::Get;
   using weftcore::StreamSource::Set;
 
   // One frame per call while started and frames remain: channel 0 depth,
-  // 1 confidence, 2 point cloud, as the process targets ask.
+  // 1 confidence, 2 point cloud, as the process targets ask (the point cloud
+  // as the "point_cloud" knob shapes it).
   void GetFrames(std::vector<weftcore::FrameInfo>* frames) override;
   weftcore::Status ReleaseFrame(const weftcore::FrameInfo& frameinfo,
                                 const std::vector<uint32_t>* referenced_channel_ids) override;
@@ -47,6 +50,7 @@ class TofSource final : public weftcore::StreamSource {
   weftcore::Status BuildFrame(uint64_t index, weftcore::FrameInfo* frame);
 
   SimDevice* device_;  // owned by the factory
+  std::string type_;   // tof_camera or tof_player, for the failure knobs
   weftcore::MemoryAllocator* allocator_ = nullptr;
   bool started_ = false;
   uint64_t nextIndex_ = 0;
