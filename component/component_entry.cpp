@@ -1,4 +1,4 @@
-// Part 1.2: the exported entry points of component_zelto_mesh.
+// The two entry points the host resolves in libcomponent_zelto_mesh.so.
 #include "component/component_entry.h"
 
 #include <new>
@@ -7,8 +7,7 @@
 
 extern "C" weftcore::StandardComponent* CreateComponent() {
   // An exception cannot cross this C boundary into the host, so a failed
-  // construction releases what was built and reports null (deviation of
-  // Part 1.2: the original let the exception go on).
+  // construction releases what was built and reports null.
   ZeltoMeshSourceFactory* factory = nullptr;
   try {
     factory = new ZeltoMeshSourceFactory();

@@ -1,5 +1,5 @@
-// The two entry points the host resolves by their unmangled names (Part 1.2).
-// Declared for the tests that register the component in-process.
+// The two entry points the host resolves by their unmangled names; the
+// version script exports nothing else.
 #pragma once
 
 #include "weftcore/stream_source_factory.h"

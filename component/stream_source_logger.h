@@ -1,6 +1,6 @@
-// The stream source module's logger (Part 5.1): one instance shared by every
-// .cpp of the module (zelto_mesh_streamsource*.cpp, zelto_time.cpp). Internal
-// to the component; never exported.
+// The stream source module's logger: one instance shared by every .cpp of
+// the module (zelto_mesh_streamsource*.cpp). Internal to the component;
+// never exported.
 #pragma once
 
 #include "logging/zelto_logger.h"

@@ -1,10 +1,10 @@
-// Names of the component (Part 1.3).
+// Names under which the component shows itself to hosts, clients and logs.
 #pragma once
 
 namespace ZeltoMesh {
 
 constexpr char kComponentName[] = "ZeltoMesh";  // log tag and status block
-constexpr char kPortType[] = "mesh";            // the source type (Part 1.2)
+constexpr char kPortType[] = "mesh";            // the source type
 constexpr char kRawDataTypeMesh[] = "kRawDataTypeMesh";
 
 }  // namespace ZeltoMesh

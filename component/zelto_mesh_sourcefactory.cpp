@@ -1,4 +1,4 @@
-// Part 1.2: the source factory.
+// The component's factory: one source type, "mesh".
 #include "component/zelto_mesh_sourcefactory.h"
 
 #include "component/zelto_mesh_constants.h"
@@ -7,23 +7,25 @@
 
 namespace {
 
-// Part 5.1: the factory module's own logger instance, built at library load.
+// The factory module's own logger, built at library load so that it reads
+// its settings file before the host asks for anything.
 [[maybe_unused]] ZeltoLogger logger;
 
 }  // namespace
 
 void ZeltoMeshSourceFactory::GetSupportedList(const weftcore::ComponentArgument& /*args*/,
                                               std::vector<std::pair<std::string, int>>* list) {
-  if (list == nullptr) return;  // deviation: nothing to append to
+  if (list == nullptr) return;  // nothing to append to
   list->emplace_back(ZeltoMesh::kPortType, 0);
 }
 
 weftcore::Status ZeltoMeshSourceFactory::CreateSource(const std::pair<std::string, int>& type,
                                                       weftcore::StreamSource** source) {
-  // Exact comparison: "Mesh" or "meshes" are not this component's type, and
-  // are deliberately answered with OK and no source (Part 1.2).
+  // Exact comparison: "Mesh" or "meshes" are not this component's type. A
+  // host asks every component in turn, so another type is answered with OK
+  // and no source rather than an error.
   if (type.first != ZeltoMesh::kPortType) return weftcore::Status();
-  if (source == nullptr) {  // deviation: the original wrote through it
+  if (source == nullptr) {  // a host bug: answered, not crashed on
     return weftcore::Status(weftcore::kLevelError, weftcore::kCauseInvalidArgument,
                             "Null pointer")
         .SetBlock(ZeltoMesh::kComponentName);

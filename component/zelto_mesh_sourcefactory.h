@@ -1,4 +1,4 @@
-// ZeltoMeshSourceFactory (Part 1.2): offers the single source type "mesh".
+// ZeltoMeshSourceFactory: offers the single source type "mesh".
 #pragma once
 
 #include <string>

@@ -1,6 +1,8 @@
-// Part 1.3: the mesh source's construction, Open and Close, and the stream
-// source module's logger.
+// The mesh source's construction, Open and Close: the upstream streams it
+// holds from Open to Close, and the module's logger.
 #include "component/zelto_mesh_streamsource.h"
+
+#include <utility>
 
 #include "component/stream_source_logger.h"
 #include "component/zelto_mesh_constants.h"
@@ -15,8 +17,8 @@ ZeltoLogger& StreamSourceLogger() {
 
 namespace {
 
-// Part 5.1: the module's `logger`. Binding it here builds the instance during
-// the library's static initialisation, when it reads the settings file.
+// Binding the module's logger here builds it during the library's static
+// initialisation, so it has read its settings file before any source logs.
 [[maybe_unused]] ZeltoLogger& logger = StreamSourceLogger();
 
 weftcore::Status NullPointer() {
@@ -26,25 +28,24 @@ weftcore::Status NullPointer() {
 
 }  // namespace
 
-ZeltoMeshStreamSource::ZeltoMeshStreamSource() {
-  // Part 3.4: the threshold starts at 55 in the settings and in
-  // maskedPointCloud (whose declaration already holds 55).
+ZeltoMeshStreamSource::ZeltoMeshStreamSource(Clock clock) : now(std::move(clock)) {
+  // A client reading the mask settings before any Set sees the threshold
+  // that masking uses.
   maskSettings.maskThreshold = maskedPointCloud.maskThreshold;
 }
 
-// Closes nothing and frees nothing: the framework calls Close first.
+// Closes nothing and frees nothing: the host calls Close first.
 ZeltoMeshStreamSource::~ZeltoMeshStreamSource() = default;
 
 weftcore::Status ZeltoMeshStreamSource::Open(weftcore::Core* core,
                                              weftcore::StreamSourceUtility* util) {
-  // Deviation: null arguments fail instead of crashing.
+  // A host bug is answered with a status rather than a crash inside the host.
   if (util == nullptr || core == nullptr) return NullPointer();
 
-  // 1. The default allocator.
   weftcore::Status status = util->GetAllocator("", &allocator);
   if (status.IsError()) return status.AddTrace(nullptr, 0);
 
-  // 2. Own properties; a failed registration does not stop Open.
+  // A property that cannot be registered leaves the stream usable without it.
   util->CreateProperty<Zelto::ZeltoLogLevelProperty_, ZeltoMeshStreamSource>(
       Zelto::kZeltoLogLevelKey, this);
   util->CreateProperty<ZeltoMesh::ZeltoMeshAlgorithmConfigProperty_, ZeltoMeshStreamSource>(
@@ -52,30 +53,32 @@ weftcore::Status ZeltoMeshStreamSource::Open(weftcore::Core* core,
   util->CreateProperty<ZeltoMesh::ZeltoMeshMaskSettingsProperty_, ZeltoMeshStreamSource>(
       ZeltoMesh::kZeltoMeshMaskSettingsKey, this);
 
-  // 3. The core.
   this->core = core;
   status = core->Initialize();
   if (status.IsError()) return status.AddTrace(nullptr, 0);
 
-  // 4. The application-wide settings stream.
   status = core->OpenStream(Zelto::kStreamKey, &zeltoStream);
   if (status.IsError()) return status.AddTrace(nullptr, 0);
 
-  // 5. Log at the level of the upstream stream.
+  // Log at the application's level; an out-of-range level is refused by the
+  // handler and the logger keeps its own.
   Zelto::ZeltoLogLevelProperty_ logLevel;
   logLevel.logLevel = ZeltoLogger::Silent;
   status = zeltoStream->GetProperty(Zelto::kZeltoLogLevelKey, &logLevel);
   if (status.IsError()) return status.AddTrace(nullptr, 0);
   Set(Zelto::kZeltoLogLevelKey, &logLevel);
 
-  // 6. Recorded frames, if there are any: a missing player is not an error.
+  // A device without a recording has no player stream. That is no reason to
+  // refuse live frames, so the status is dropped; Start then finds no input
+  // only if a client asked for playback.
   core->OpenStream(ZeltoTof::kCamera2StreamPlaybackKey, &playerStream);
 
-  // 7. The live camera.
   status = core->OpenStream(ZeltoTof::kCamera2StreamKey, &camera2Stream);
   if (status.IsError()) return status.AddTrace(nullptr, 0);
 
-  // 8. Switch the camera's point cloud on, keeping its other targets.
+  // The camera computes the point cloud only on request; its other targets
+  // belong to other clients and stay as they are. A camera that refuses
+  // leaves frames without a point cloud, which GetFrames drops quietly.
   ZeltoTof::ZeltoTofProcessTargetsProperty_ targets;
   if (camera2Stream->GetProperty(ZeltoTof::kZeltoTofProcessTargetsKey, &targets).ok()) {
     targets.processPointCloud = true;
@@ -85,11 +88,12 @@ weftcore::Status ZeltoMeshStreamSource::Open(weftcore::Core* core,
 }
 
 weftcore::Status ZeltoMeshStreamSource::Close() {
-  // 1. Deviation: the original freed two of the four arrays again on a second
-  // Close; ReleaseArrays frees each once and nulls all four pointers.
+  // A host may call Close twice (once itself, once on shutdown): each array
+  // is freed once and every pointer nulled, so the second call frees nothing.
   meshBuilder.ReleaseArrays();
 
-  // 2. to 4. Statuses are discarded: Close never fails.
+  // Close never fails: there is nothing a caller could do about a stream
+  // that will not close, so the statuses are dropped.
   if (segmentationStream != nullptr) {
     core->CloseStream(segmentationStream);
     segmentationStream = nullptr;
@@ -99,14 +103,15 @@ weftcore::Status ZeltoMeshStreamSource::Close() {
     zeltoStream = nullptr;
   }
   if (core != nullptr) {
-    // Closed without a null test, as the original does (the core rejects null).
+    // No null test: the core answers a null stream with a status, which is
+    // dropped like the others.
     core->CloseStream(camera2Stream);
     camera2Stream = nullptr;
     core->CloseStream(playerStream);
     playerStream = nullptr;
     core->Finalize();
   }
-  // Deviation: the alias would dangle after the closes above.
+  // The input is one of the streams just closed.
   inputStream = nullptr;
   return weftcore::Status();
 }

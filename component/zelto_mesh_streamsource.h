@@ -1,10 +1,13 @@
-// ZeltoMeshStreamSource: the stream source of type "mesh" (Parts 1.3, 1.4),
-// with the property handlers of Parts 2.2, 3.4 and 4.2.
+// ZeltoMeshStreamSource: the stream source of type "mesh". It reads point-cloud
+// frames from the device's ToF stream (live or recorded), optionally blanks the
+// points that segmentation masks select, and hands each frame back as a
+// triangle mesh; clients steer it through its own properties.
 #pragma once
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -20,23 +23,24 @@
 class ZeltoMeshStreamSource : public weftcore::StreamSource {
  public:
   using SteadyClock = std::chrono::steady_clock;
+  using Clock = std::function<SteadyClock::time_point()>;
 
-  ZeltoMeshStreamSource();
+  // `clock` paces frame requests; the factory passes the steady clock, a
+  // host that drives time itself may pass its own.
+  explicit ZeltoMeshStreamSource(Clock clock = &SteadyClock::now);
   ~ZeltoMeshStreamSource() override;
 
-  // Part 1.3
   weftcore::Status Open(weftcore::Core* core, weftcore::StreamSourceUtility* util) override;
   using weftcore::StreamSource::Open;  // the one-argument base default stays
   weftcore::Status Close() override;
 
-  // Part 1.4
   weftcore::Status Start() override;
   weftcore::Status Stop() override;
   void GetFrames(std::vector<weftcore::FrameInfo>* frames) override;
   weftcore::Status ReleaseFrame(const weftcore::FrameInfo& frameinfo,
                                 const std::vector<uint32_t>* referenced_channel_ids) override;
 
-  // Part 4.2
+  // Property handlers, called on client threads.
   using weftcore::StreamSource::Get;
   using weftcore::StreamSource::Set;
   weftcore::Status Get(const std::string& key, Zelto::ZeltoLogLevelProperty_* property);
@@ -45,77 +49,78 @@ class ZeltoMeshStreamSource : public weftcore::StreamSource {
   weftcore::Status Get(const std::string& key, weftcore::FrameRateProperty* property) override;
   weftcore::Status Set(const std::string& key,
                        const weftcore::FrameRateProperty* property) override;
-
-  // Part 2.2
   weftcore::Status Get(const std::string& key,
                        ZeltoMesh::ZeltoMeshAlgorithmConfigProperty_* property);
   weftcore::Status Set(const std::string& key,
                        const ZeltoMesh::ZeltoMeshAlgorithmConfigProperty_* property);
-
-  // Part 3.4
   weftcore::Status Get(const std::string& key, ZeltoMesh::ZeltoMeshMaskSettingsProperty_* property);
   weftcore::Status Set(const std::string& key,
                        const ZeltoMesh::ZeltoMeshMaskSettingsProperty_* property);
 
-  // Part 2.1
+  // Builds the mesh of a width x height point cloud into `frame`, with frame
+  // memory from `allocator`.
   weftcore::Status fillFrameData(weftcore::FrameInfo* frame, weftcore::MemoryAllocator* allocator,
                                  const int16_t* depth, int32_t width, int32_t height, float fx,
                                  float fy, float cx, float cy);
 
-  // Test seam: the steady clock that paces GetFrames.
-  using ClockFunction = SteadyClock::time_point (*)();
-  void SetClockForTesting(ClockFunction clock) { now = clock; }
-
  private:
-  // Tests read the private state through this peer (tests/component).
-  friend class ZeltoMeshStreamSourceTestPeer;
-
-  // Part 1.4, GetFrames step 1: at most one frame request per millisecond.
   void PaceFrameRequests();
-  // Part 1.4, GetFrames step 4: caches the camera's size and intrinsics.
+  // Caches the camera's image size and intrinsics.
   void ReadCameraConfiguration();
-  // Part 1.4, GetFrames steps 1 to 11, without the exception guard.
+  // GetFrames without the exception guard.
   void NextFrame(std::vector<weftcore::FrameInfo>* frames);
-  // Part 1.4, GetFrames steps 4 to 10 on one upstream frame.
+  // Everything done with one upstream frame while the caller holds it.
   void ProduceFrame(weftcore::Frame* upstream, std::vector<weftcore::FrameInfo>* frames);
 
-  // Part 3.3 (zelto_mesh_streamsource_segmentation.cpp)
+  // The segmentation link (zelto_mesh_streamsource_segmentation.cpp).
   void StartSegmentationStream();
   void StopSegmentationStream();
-  // GetFrames step 7: opens or closes the segmentation stream, refreshes the
-  // calibration.
+  // Opens or closes the segmentation stream as the mask settings say, and
+  // refreshes the calibration while masking is on.
   void ControlSegmentationStream();
-  // GetFrames step 8: blanks the masked points of `raw` in place.
+  // Blanks the masked points of `raw` in place.
   void ApplySegmentationMasks(weftcore::Channel::RawData* raw);
 
-  // Members of Part 1.3, in its order.
-  uint64_t frameCount = 0;
+  // Set by Open, cleared by Close; read by the frame calls, which the host
+  // never runs at the same time as Open or Close.
   weftcore::Core* core = nullptr;
   weftcore::Stream* zeltoStream = nullptr;
-  weftcore::Stream* inputStream = nullptr;
   weftcore::Stream* camera2Stream = nullptr;
   weftcore::Stream* playerStream = nullptr;
-  weftcore::Stream* segmentationStream = nullptr;
   weftcore::MemoryAllocator* allocator = nullptr;
+
+  // The frame thread's own state (Start, Stop, GetFrames, ReleaseFrame run
+  // one at a time under the host's frame lock): no mutex.
+  weftcore::Stream* inputStream = nullptr;  // camera2Stream or playerStream, chosen by Start
+  weftcore::Stream* segmentationStream = nullptr;
+  uint64_t frameCount = 0;
   bool flatRawData = false;
-  // Written by the frame-rate handler on client threads, read by Start and the
-  // mesh builder on the frame thread: atomics keep those reads defined.
-  std::atomic<bool> frameRate30{false};
-  std::atomic<bool> usePlayback{false};
-  std::mutex flagsMutex;
-  std::mutex maskMutex;
-  // Mesh algorithm configuration (Part 2.2) and mesh-builder state (Part 2.1).
-  ZeltoMesh::MeshBuilder meshBuilder;
   float cx = 0;
   float cy = 0;
   float fx = 0;
   float fy = 0;
   int32_t width = 0;
   int32_t height = 0;
+  SteadyClock::time_point lastFrameTime{};
+  Clock now;
+
+  // Written by the frame-rate handler on client threads under flagsMutex,
+  // read by Start and the mesh builder on the frame thread: atomics keep the
+  // reads defined, the mutex keeps the two flags in step. The builder's
+  // algorithm configuration is atomic, its double buffer flips under
+  // flagsMutex; its arrays belong to the frame thread.
+  std::mutex flagsMutex;
+  std::atomic<bool> frameRate30{false};
+  std::atomic<bool> usePlayback{false};
+  ZeltoMesh::MeshBuilder meshBuilder;
+
+  // Guarded by maskMutex: the mask settings, the request list and the
+  // masking threshold, shared by the mask-settings handlers and the frame
+  // thread. The frame thread alone moves maskedPointCloud's camera stream and
+  // calibration; the mutex is never held while the segmentation stream is
+  // opened, started, stopped or closed.
+  std::mutex maskMutex;
   ZeltoMesh::ZeltoMeshMaskSettingsProperty_ maskSettings;
   ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_ maskDataList;
   MaskedPointCloud maskedPointCloud;
-  SteadyClock::time_point lastFrameTime{};
-
-  ClockFunction now = &SteadyClock::now;
 };

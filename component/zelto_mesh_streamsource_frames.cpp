@@ -1,4 +1,5 @@
-// Part 1.4: Start, Stop, frame production and release.
+// The mesh source's frame thread: Start, Stop, turning each upstream point
+// cloud into a mesh frame, and handing frame memory back.
 #include <chrono>
 #include <cstdint>
 #include <exception>
@@ -15,8 +16,9 @@ namespace {
 constexpr uint32_t kPointCloudChannelId = 2;
 constexpr int64_t kNanosecondsPerMillisecond = 1000000;
 
-// Step 11: the upstream frame goes back to its stream on every path,
-// exceptions included; the status is discarded.
+// The upstream frame goes back to its stream on every path, exceptions
+// included: the device's frame memory is finite and a frame kept here would
+// stall it. The status is dropped; nothing can be done about it here.
 class UpstreamFrameRelease {
  public:
   UpstreamFrameRelease(weftcore::Stream* stream, weftcore::Frame* frame)
@@ -30,8 +32,10 @@ class UpstreamFrameRelease {
   weftcore::Frame* frame_;
 };
 
-// Frame memory of a built frame that never reached `frames` goes straight
-// back to the allocator, so an exception after fillFrameData leaks nothing.
+// The frame memory is taken from the host's allocator while the mesh is
+// built, before anyone knows whether the frame will be delivered. Memory of a
+// frame that never reached `frames` goes straight back, so a failure or an
+// exception after fillFrameData leaks nothing.
 class UndeliveredFrameMemory {
  public:
   UndeliveredFrameMemory(weftcore::MemoryAllocator* allocator, weftcore::FrameInfo* frame)
@@ -66,33 +70,35 @@ void LogFillFrameError(const char* message) {
 }  // namespace
 
 weftcore::Status ZeltoMeshStreamSource::Start() {
-  // Deviation: Start before a successful Open fails instead of crashing.
+  // Without a successful Open there are no streams to start from; a host
+  // that calls Start anyway gets a status rather than a crash.
   if (zeltoStream == nullptr) {
     return weftcore::Status(weftcore::kLevelError, weftcore::kCauseInvalidArgument,
                             "Null pointer")
         .SetBlock(ZeltoMesh::kComponentName);
   }
-  // 1. and 2.
+  // A remote server receives the mesh over the wire: it gets the flat layout.
   Zelto::ZeltoRuntimeSettingsProperty_ settings;
   weftcore::Status status = zeltoStream->GetProperty(Zelto::kZeltoRuntimeSettingsKey, &settings);
   if (status.IsError()) return status.AddTrace(nullptr, 0);
 
-  // 3.
   flatRawData = settings.isRemoteServer;
   StreamSourceLogger().WriteLog(ZeltoLogger::Debug, ZeltoMesh::kComponentName,
                                 "[%s] Flat Raw Data = %s\n", ZeltoMesh::kComponentName,
                                 flatRawData ? "true" : "false");
 
-  // 4. Playback only when the last frame rate set before Start was 15.
+  // Playback only when the last frame rate set before Start was 15.
   const bool playback = usePlayback.load();
   inputStream = playback ? playerStream : camera2Stream;
   StreamSourceLogger().WriteLog(ZeltoLogger::Debug, ZeltoMesh::kComponentName,
                                 "Using playback: %d", playback ? 1 : 0);
 
-  // 5. A player stream that was never opened leaves no input; not an error.
+  // A player stream that was never opened leaves no input; GetFrames then
+  // answers with nothing until the next Start.
   if (inputStream != nullptr) inputStream->Start();
 
-  // 6. The first GetFrames re-reads the camera configuration.
+  // The camera may have changed while stopped: the first GetFrames re-reads
+  // its configuration.
   fx = 0;
   fy = 0;
   frameCount = 0;
@@ -100,12 +106,13 @@ weftcore::Status ZeltoMeshStreamSource::Start() {
 }
 
 weftcore::Status ZeltoMeshStreamSource::Stop() {
-  // The segmentation stream stays open; Part 3.3 or Close closes it.
+  // The segmentation stream stays open for the next Start; the frame thread
+  // closes it when masking is switched off, Close in any case.
   if (segmentationStream != nullptr) segmentationStream->Stop();
   if (inputStream != nullptr) inputStream->Stop();
   {
-    // The original cleared both flags with one two-byte store; as atomics
-    // they are cleared together under the mutex that guards their writes.
+    // Cleared together under the mutex that guards their writes, so a
+    // frame-rate Set never sees one flag cleared and the other not.
     std::lock_guard<std::mutex> lock(flagsMutex);
     frameRate30 = false;
     usePlayback = false;
@@ -118,8 +125,11 @@ void ZeltoMeshStreamSource::PaceFrameRequests() {
   const int64_t elapsed =
       std::chrono::duration_cast<std::chrono::nanoseconds>(now() - lastFrameTime).count();
   if (elapsed < kNanosecondsPerMillisecond) {
-    // Kept as specified: elapsed is below 1 ms here, so this is always a full
-    // millisecond (the remainder is not computed below whole milliseconds).
+    // The remainder is counted in whole elapsed milliseconds, and here none
+    // has elapsed: the wait is always a full millisecond. A host polling in a
+    // tight loop is thereby held to one request per millisecond, whatever
+    // the resolution of its clock; sleeping less would only save a fraction
+    // of a millisecond on a frame that is not ready anyway.
     const int64_t wait =
         kNanosecondsPerMillisecond -
         (elapsed / kNanosecondsPerMillisecond) * kNanosecondsPerMillisecond;
@@ -131,7 +141,9 @@ void ZeltoMeshStreamSource::ReadCameraConfiguration() {
   ZeltoTof::ZeltoTofCamera2ConfigurationProperty_ configuration;
   const weftcore::Status status =
       inputStream->GetProperty(ZeltoTof::kZeltoTofCamera2CurrentConfigurationKey, &configuration);
-  if (status.IsError()) return;  // silent; retried on the next frame
+  // A camera that cannot say its size yet is asked again on the next frame;
+  // the log would fill with one line per frame otherwise.
+  if (status.IsError()) return;
   width = configuration.width;
   height = configuration.height;
   fx = configuration.intrinsics.fx;
@@ -145,8 +157,9 @@ void ZeltoMeshStreamSource::ReadCameraConfiguration() {
 }
 
 void ZeltoMeshStreamSource::GetFrames(std::vector<weftcore::FrameInfo>* frames) {
-  if (frames == nullptr) return;  // deviation: nowhere to deliver
-  // Deviation: no exception may reach the host; one is reported like a failed
+  if (frames == nullptr) return;  // nowhere to deliver
+  // An exception must not unwind through the host's frame loop, which has no
+  // way to know this component's types: it is logged like a failed
   // fillFrameData and nothing is delivered.
   try {
     NextFrame(frames);
@@ -158,47 +171,45 @@ void ZeltoMeshStreamSource::GetFrames(std::vector<weftcore::FrameInfo>* frames) 
 }
 
 void ZeltoMeshStreamSource::NextFrame(std::vector<weftcore::FrameInfo>* frames) {
-  // 1. and 2.
   PaceFrameRequests();
   lastFrameTime = now();
 
-  // 3. Deviation: no input (playback chosen without a player stream) gives
-  // an empty answer instead of a null call.
+  // Playback asked for on a device without a recording: nothing to read.
   if (inputStream == nullptr) return;
   weftcore::Frame* upstream = nullptr;
   const weftcore::Status status = inputStream->GetFrame(&upstream, 0);
   if (status.IsError() || upstream == nullptr) return;
 
-  UpstreamFrameRelease release(inputStream, upstream);  // 11.
+  UpstreamFrameRelease release(inputStream, upstream);
   ProduceFrame(upstream, frames);
 }
 
 void ZeltoMeshStreamSource::ProduceFrame(weftcore::Frame* upstream,
                                          std::vector<weftcore::FrameInfo>* frames) {
-  // 4.
   if (fx == 0 || fy == 0) ReadCameraConfiguration();
 
-  // 5. Channel 2 is tested before the map is indexed.
+  // A frame without a point cloud (the camera refused to compute one) is
+  // not a mesh frame: dropped without a log line.
   std::map<uint32_t, weftcore::Channel*> channels;
   if (upstream->GetChannelList(&channels).IsError() ||
       channels.count(kPointCloudChannelId) == 0) {
     return;
   }
   weftcore::Channel* pointCloud = channels.at(kPointCloudChannelId);
-  if (pointCloud == nullptr) return;  // deviation: a null channel is a missing one
+  if (pointCloud == nullptr) return;  // a null channel is a missing one
 
-  // 6. Status not examined: a failed read leaves the zeroed raw data.
+  // The status is not examined: a failed read leaves the zeroed raw data,
+  // which fillFrameData reports as a null point cloud.
   weftcore::Channel::RawData raw;
   pointCloud->GetRawData(&raw);
 
-  // 7. Segmentation link (Part 3.3): open or close the segmentation stream
-  // and refresh the calibration, as the mask settings say.
   ControlSegmentationStream();
-  // 8. Masking (Part 3.3): blanks masked points of `raw` in place.
   ApplySegmentationMasks(&raw);
 
-  // Deviation: the builder reads width x height points; a smaller point cloud
-  // (configuration and frame out of step) would be read past its end.
+  // The builder reads width x height points. A smaller point cloud means the
+  // camera's configuration and its frames are out of step (a resolution
+  // change under way): reading on would run past the device's buffer, so the
+  // frame is dropped, with a log line because the cause is not obvious.
   const uint64_t needed = PointCloudBytes(width, height);
   if (raw.address != nullptr && raw.size < needed) {
     StreamSourceLogger().WriteLog(
@@ -208,14 +219,12 @@ void ZeltoMeshStreamSource::ProduceFrame(weftcore::Frame* upstream,
         static_cast<unsigned long long>(needed));
     return;
   }
-  // 9.
   weftcore::FrameInfo frame;
   UndeliveredFrameMemory undelivered(allocator, &frame);
   const weftcore::Status status =
       fillFrameData(&frame, allocator, static_cast<const int16_t*>(raw.address), width, height,
                     fx, fy, cx, cy);
 
-  // 10.
   if (status.IsError()) {
     LogFillFrameError(status.message().c_str());
     return;

@@ -1,12 +1,15 @@
-// The mesh source's own property handlers: log level, channel information
-// and frame rate (Part 4.2), and the algorithm configuration (Part 2.2).
+// The mesh source's own property handlers: log level, channel information,
+// frame rate and the mesh algorithm configuration. They run on client
+// threads, next to the frame thread.
 #include "component/stream_source_logger.h"
 #include "component/zelto_mesh_constants.h"
 #include "component/zelto_mesh_streamsource.h"
 
 namespace {
 
-constexpr char kLogLevelBlock[] = "Zelto";  // the log level's null record only
+// Clients of the log level match on the block of the application-wide
+// settings stream, which answers a null record with the same status.
+constexpr char kLogLevelBlock[] = "Zelto";
 constexpr char kMeshDataDescription[] = "Mesh Data";
 
 weftcore::Status InvalidArgument(const char* message, const char* block) {
@@ -22,7 +25,7 @@ void LogEntry(const char* format, const char* key, const void* property) {
 
 }  // namespace
 
-// --- Part 4.2: log level. The key logged is always the constant. -----------
+// --- Log level. The key logged is always the record's own key. --------------
 
 weftcore::Status ZeltoMeshStreamSource::Get(const std::string& /*key*/,
                                             Zelto::ZeltoLogLevelProperty_* property) {
@@ -38,7 +41,7 @@ weftcore::Status ZeltoMeshStreamSource::Set(const std::string& /*key*/,
   LogEntry("[%s] Set ZeltoLogLevelProperty by key=%s prop=%p\n", Zelto::kZeltoLogLevelKey,
            property);
   if (property == nullptr) return InvalidArgument("property is null.", kLogLevelBlock);
-  // 7 has no enumerator but is accepted (Part 4.2).
+  // 7 has no enumerator but is accepted: clients use it as "errors only".
   const int32_t level = property->logLevel;
   if (level < ZeltoLogger::Verbose || level > ZeltoLogger::Silent) {
     return weftcore::Status(weftcore::kLevelError, weftcore::kCauseInvalidArgument,
@@ -50,7 +53,7 @@ weftcore::Status ZeltoMeshStreamSource::Set(const std::string& /*key*/,
   return weftcore::Status();
 }
 
-// --- Part 4.2: channel information (Set is the base's: never settable). ----
+// --- Channel information (Set is the base's: never settable). -------------
 
 weftcore::Status ZeltoMeshStreamSource::Get(const std::string& /*key*/,
                                             weftcore::ChannelInfoProperty* property) {
@@ -61,7 +64,8 @@ weftcore::Status ZeltoMeshStreamSource::Get(const std::string& /*key*/,
   return weftcore::Status();
 }
 
-// --- Part 4.2: frame rate. Get always answers 30/1, whatever was set. ------
+// --- Frame rate. Get always answers 30/1, whatever was set: the rate only
+// selects the layout and the input, the frames come as fast as the camera's. -
 
 weftcore::Status ZeltoMeshStreamSource::Get(const std::string& /*key*/,
                                             weftcore::FrameRateProperty* property) {
@@ -81,7 +85,7 @@ weftcore::Status ZeltoMeshStreamSource::Set(const std::string& /*key*/,
   return weftcore::Status();
 }
 
-// --- Part 2.2: mesh algorithm configuration. -------------------------------
+// --- Mesh algorithm configuration. -----------------------------------------
 
 weftcore::Status ZeltoMeshStreamSource::Get(const std::string& key,
                                             ZeltoMesh::ZeltoMeshAlgorithmConfigProperty_* property) {

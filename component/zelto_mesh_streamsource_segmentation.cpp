@@ -1,11 +1,12 @@
-// The segmentation stream link (Part 3.3) and the mask settings handlers
-// (Part 3.4) of ZeltoMeshStreamSource.
+// The segmentation link of ZeltoMeshStreamSource: the frame thread opens the
+// segmentation stream while masking is on, asks it for the current masks and
+// blanks the masked points; the mask settings handlers switch it.
 //
-// Deviation (docs/deviations.md): every access to `maskSettings`
-// and to `maskedPointCloud.maskThreshold` from a property handler, and the
-// frame thread's reads of the enable flag, are made under `maskMutex`, so that
-// a Set racing a frame is not a data race. The mutex is never held while the
-// segmentation stream is opened, started, stopped or closed.
+// Every access to `maskSettings` and `maskedPointCloud.maskThreshold` from a
+// property handler, and the frame thread's reads of the enable flag, are made
+// under `maskMutex`, so that a Set racing a frame is not a data race. The
+// mutex is never held while the segmentation stream is opened, started,
+// stopped or closed: those calls go into the host, which may call back.
 #include <mutex>
 #include <string>
 #include <vector>
@@ -86,7 +87,8 @@ void ZeltoMeshStreamSource::StopSegmentationStream() {
 
 void ZeltoMeshStreamSource::ControlSegmentationStream() {
   // Each reading takes the mutex only for the flag: the stream is opened,
-  // started, stopped and closed without it (Part 3.3, Concurrency).
+  // started, stopped and closed without it. A failure is logged and tried
+  // again on the next frame, since the segmentation service may come later.
   if (ReadEnabled(maskMutex, maskSettings.enabled)) {
     if (segmentationStream == nullptr) StartSegmentationStream();
     if (camera2Stream != nullptr) {

@@ -1,4 +1,4 @@
-// Part 1.4: Zelto::CompareFloat and Zelto::WaitRemainingTime.
+// Zelto::CompareFloat and Zelto::WaitRemainingTime.
 #include "component/zelto_time.h"
 
 #include <algorithm>
@@ -17,8 +17,9 @@ constexpr int64_t kNanosecondsPerMillisecond = 1000000;
 }  // namespace
 
 bool CompareFloat(float a, float b) {
-  // Difference and magnitudes in single precision, product and comparison in
-  // double precision, as specified.
+  // Difference and magnitudes in single precision, where the compared values
+  // live; product and comparison in double, so the scaled epsilon itself
+  // adds no rounding.
   const float difference = std::fabs(a - b);
   const float larger = std::max(std::fabs(a), std::fabs(b));
   const double scale = std::max(1.0, static_cast<double>(larger));
@@ -26,13 +27,9 @@ bool CompareFloat(float a, float b) {
 }
 
 void WaitRemainingTime(std::chrono::steady_clock::time_point start, int32_t milliseconds) {
-  WaitRemainingTime(start, milliseconds, std::chrono::steady_clock::now());
-}
-
-void WaitRemainingTime(std::chrono::steady_clock::time_point start, int32_t milliseconds,
-                       std::chrono::steady_clock::time_point now) {
-  const int64_t elapsedNanoseconds =
-      std::chrono::duration_cast<std::chrono::nanoseconds>(now - start).count();
+  const int64_t elapsedNanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(
+                                         std::chrono::steady_clock::now() - start)
+                                         .count();
   const int64_t elapsedMilliseconds = elapsedNanoseconds / kNanosecondsPerMillisecond;
   if (elapsedMilliseconds >= milliseconds) return;
   const int64_t remaining = (milliseconds - elapsedMilliseconds) * kNanosecondsPerMillisecond;

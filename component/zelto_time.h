@@ -1,5 +1,5 @@
-// Time helpers of the stream source module (Part 1.4). Nothing in the
-// component calls them at present; they stay part of the interface.
+// Time and float helpers of the mesh component's interface, for code that
+// paces itself against the steady clock or compares camera parameters.
 #pragma once
 
 #include <chrono>
@@ -14,10 +14,5 @@ bool CompareFloat(float a, float b);
 // Sleeps (OSSleep) for what remains of `milliseconds` since `start`, counted
 // in whole elapsed milliseconds; returns at once when none remains.
 void WaitRemainingTime(std::chrono::steady_clock::time_point start, int32_t milliseconds);
-
-// The same with the current time given: the steady-clock reading is the only
-// difference, which lets tests fix it.
-void WaitRemainingTime(std::chrono::steady_clock::time_point start, int32_t milliseconds,
-                       std::chrono::steady_clock::time_point now);
 
 }  // namespace Zelto
