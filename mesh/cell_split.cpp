@@ -1,3 +1,6 @@
+// CellSplit: the record's per-cell diagonal flags, compared four cells at a
+// time against what the depths ask for, so that a reset frame rewrites only
+// the cells that change.
 #include "mesh/cell_split.h"
 
 #include <algorithm>

@@ -1,4 +1,7 @@
-// The mesh algorithm configuration record (Part 2.2).
+// The mesh algorithm configuration clients read and write as a MessagePack
+// map under kZeltoMeshAlgorithmConfigKey: the reduction level (every
+// (level + 1)-th pixel of every (level + 1)-th row becomes a vertex) and the
+// period of the frames whose cell diagonals are re-fitted to the depths.
 #pragma once
 
 #include <cstdint>

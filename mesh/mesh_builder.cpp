@@ -1,3 +1,5 @@
+// MeshBuilder::Fill: the frame's mesh computed into the current record and,
+// for the flat layout, straight into the frame memory.
 #include "mesh/mesh_builder.h"
 
 #include <cstddef>
@@ -28,7 +30,8 @@ weftcore::Status MeshBuilder::Fill(weftcore::FrameInfo* frame,
   }
   const PinholeIntrinsics intrinsics{fx, fy, cx, cy};
   const bool flatLayout = flatRawData || frameRate30.load();
-  // No exception may leave the component (Overview, Conventions).
+  // The host calls the component across a boundary no exception may cross:
+  // a failed allocation becomes a status the host can log and count.
   try {
     return Build(frame, allocator, depth, width, height, intrinsics, flagsMutex, flatLayout);
   } catch (const std::bad_alloc&) {
@@ -43,8 +46,9 @@ weftcore::Status MeshBuilder::Build(weftcore::FrameInfo* frame,
                                     int32_t width, int32_t height,
                                     const PinholeIntrinsics& intrinsics, std::mutex& flagsMutex,
                                     bool flatLayout) {
-  // Step 2. Counts that no array can hold fail here, where the spec's
-  // temporary allocation (step 3) would, before the counter moves.
+  // Counts that no array can hold fail here, before the frame counter and
+  // the double buffer move: a frame that could never be built leaves the
+  // reset cadence and the records as they were.
   const MeshGrid grid = ComputeMeshGrid(meshReductionLevel.load(), width, height);
   if (!grid.Fits()) {
     return Failure(weftcore::kCauseOutOfMemory,
@@ -54,15 +58,17 @@ weftcore::Status MeshBuilder::Build(weftcore::FrameInfo* frame,
   const int32_t triangleCount = static_cast<int32_t>(grid.triangleCount);
   if (triangleCount > 0) zRows_.resize(2 * static_cast<size_t>(grid.nx));
 
-  const bool reset = NextResetFlag();        // step 5
-  Slot& slot = FlipDoubleBuffer(flagsMutex);  // step 8
+  const bool reset = NextResetFlag();
+  Slot& slot = FlipDoubleBuffer(flagsMutex);
   EnsureArrays(slot, vertexCount, triangleCount);
   slot.record.resetTriangle = reset ? 1 : 0;
 
-  // Step 10's block is taken before the mesh is computed, so that the flat
+  // The frame memory is taken before the mesh is computed, so that the flat
   // layout receives vertices and indices as they are written instead of
-  // copying them from the record afterwards. A failed allocation still lets
-  // the record be filled, as step 9 precedes step 10.
+  // copying them from the record afterwards. When the host's allocator fails,
+  // the record is still filled and the counter has moved, as for a frame the
+  // host then could not deliver: the reset cadence does not depend on how
+  // much frame memory the host had.
   const MeshLayout layout = flatLayout ? MeshLayout::kFlat : MeshLayout::kReference;
   MeshChannelBlock block(frame, allocator);
   const weftcore::Status allocated = block.Allocate(MeshLayoutSize(slot.record, layout));
@@ -81,15 +87,15 @@ weftcore::Status MeshBuilder::Build(weftcore::FrameInfo* frame,
                             flatTriangles != nullptr || triangleCount == 0)
           : WriteReferenceLayout(block, slot.record);
   if (!written) return Failure(weftcore::kCauseOutOfMemory, "frame memory write failed.");
-  block.Append();  // step 11
+  block.Append();
   return weftcore::Status();
 }
 
 void MeshBuilder::WriteMesh(Slot& slot, const MeshGrid& grid, bool reset, const int16_t* depth,
                             int32_t width, int32_t height, const PinholeIntrinsics& intrinsics,
                             float* flatVertices, int32_t* flatTriangles) {
-  // Everything is written straight into the record's arrays: every element
-  // is written, so the spec's temporaries and zeroing change nothing.
+  // Everything is written straight into the record's arrays. Every element
+  // is written on every frame, so no temporary copy and no zeroing is needed.
   float* vertices = slot.vertices.get();
   int32_t* triangles = slot.triangles.get();
   const bool hasCells = slot.record.triangleCount > 0;  // nx >= 2 and ny >= 2

@@ -1,5 +1,6 @@
-// The mesh frame builder (Part 2.1): one point-cloud image and the
-// intrinsics become a regular triangle mesh attached to an outgoing frame.
+// The mesh builder: one point-cloud image and the camera intrinsics become a
+// regular triangle mesh in metres, appended to an outgoing frame as channel
+// "kRawDataTypeMesh" in one of two layouts.
 #pragma once
 
 #include <atomic>
@@ -26,10 +27,11 @@ class MeshBuilder {
   MeshBuilder(const MeshBuilder&) = delete;
   MeshBuilder& operator=(const MeshBuilder&) = delete;
 
-  // Part 2.1, steps 1 to 11. `flagsMutex` guards the double-buffer flip; the
-  // flat layout is used when `flatRawData` or `frameRate30` is set.
-  // Never throws: an allocation failure is a status of cause 6, after which
-  // no channel has been appended (docs/deviations.md).
+  // Builds the mesh of one point-cloud frame (x, y, z int16 per pixel, z in
+  // millimetres) and appends it to `frame`. `flagsMutex` is the source's lock
+  // over the double-buffer flip; the flat layout is used when `flatRawData`
+  // or `frameRate30` is set. Never throws: every failure is a status, after
+  // which no channel has been appended and no frame memory is held.
   weftcore::Status Fill(weftcore::FrameInfo* frame, weftcore::MemoryAllocator* allocator,
                         const int16_t* depth, int32_t width, int32_t height, float fx, float fy,
                         float cx, float cy, std::mutex& flagsMutex, bool flatRawData,
@@ -44,8 +46,8 @@ class MeshBuilder {
   const MeshFrameData& second() const { return second_.record; }
   int32_t frameCounter() const { return meshFrameCounter; }
 
-  // Part 2.2. Atomic because property handlers write them on client threads
-  // while the frame thread reads them.
+  // The algorithm configuration. Property handlers write it on client
+  // threads while the frame thread reads it, hence atomics and no lock.
   std::atomic<int32_t> meshReductionLevel{0};
   std::atomic<int32_t> resetTrianglePeriod{4};
 
@@ -64,8 +66,8 @@ class MeshBuilder {
                          const int16_t* depth, int32_t width, int32_t height,
                          const PinholeIntrinsics& intrinsics, std::mutex& flagsMutex,
                          bool flatLayout);
-  // Steps 4, 6 and 7 into the slot's arrays, and into the flat block's
-  // vertices and indices where those are not null.
+  // Vertices, default split and re-fit into the slot's arrays, and into the
+  // flat block's vertices and indices where those are not null.
   void WriteMesh(Slot& slot, const MeshGrid& grid, bool reset, const int16_t* depth,
                  int32_t width, int32_t height, const PinholeIntrinsics& intrinsics,
                  float* flatVertices, int32_t* flatTriangles);
@@ -73,13 +75,17 @@ class MeshBuilder {
   Slot& FlipDoubleBuffer(std::mutex& flagsMutex);
   void EnsureArrays(Slot& slot, int32_t vertexCount, int32_t triangleCount);
 
-  int32_t meshFrameCounter = 0;
-  bool resetTriangle = false;
+  // The frame thread's state. The host serialises frame requests, so none
+  // of it needs a lock except the toggle, which Fill flips under the
+  // source's flagsMutex together with the frame-rate flags it guards.
+  int32_t meshFrameCounter = 0;  // frames counted; wraps instead of overflowing
+  bool resetTriangle = false;    // whether the last frame re-fitted its cells
+  uint8_t frameDataToggle = 1;   // which record the next frame writes
   Slot first_;
   Slot second_;
-  uint8_t frameDataToggle = 1;
-  // Arrays replaced on a count change. A reference-layout frame may still
-  // point at them, so they live until ReleaseArrays.
+  // Arrays replaced when a record's counts change. A reference-layout frame
+  // handed out earlier names them by address and may still be read after
+  // the next frames, so they stay allocated until ReleaseArrays (Close).
   std::vector<std::unique_ptr<float[]>> retiredVertices_;
   std::vector<std::unique_ptr<int32_t[]>> retiredTriangles_;
   // Two grid rows of depths (z in metres) for the re-fit of reset frames.

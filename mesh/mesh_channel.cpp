@@ -1,3 +1,5 @@
+// The mesh channel's frame memory: taken from the host's allocator, handed
+// back on every failure, and written in either layout.
 #include "mesh/mesh_channel.h"
 
 #include <cstring>

@@ -1,5 +1,5 @@
-// Output of Part 2.1, steps 10 and 11: the frame memory of the mesh channel,
-// its two layouts, and the ChannelRawData appended to the frame.
+// The frame memory of the mesh channel, its two layouts, and the
+// ChannelRawData appended to the frame: what the host hands to clients.
 #pragma once
 
 #include <cstdint>
@@ -58,7 +58,8 @@ class MeshChannelBlock {
                                                                    : nullptr;
   }
 
-  // Step 11: appends ChannelRawData{0, memory, size, 0, "kRawDataTypeMesh", 0}.
+  // Hands the block to the frame, which the host releases with it:
+  // ChannelRawData{0, memory, size, 0, "kRawDataTypeMesh", 0}.
   void Append();
 
  private:

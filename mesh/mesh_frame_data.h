@@ -1,5 +1,5 @@
-// MeshFrameData (Part 2.1): the 28-byte mesh record, also the wire format of
-// the reference layout.
+// MeshFrameData: the 28-byte mesh record the builder keeps two of, and
+// byte for byte the reference layout that in-process clients receive.
 #pragma once
 
 #include <cstddef>
@@ -17,11 +17,13 @@ struct MeshFrameData {
 };
 #pragma pack(pop)
 
+// Clients in the same process read the reference layout as these 28 bytes,
+// each field at its offset, so the record's packing is part of the interface.
 static_assert(sizeof(void*) == 8, "the reference layout carries 64-bit addresses");
-static_assert(sizeof(MeshFrameData) == 28, "MeshFrameData is a 28-byte wire format");
-static_assert(offsetof(MeshFrameData, vertices) == 4, "layout of Part 2.1");
-static_assert(offsetof(MeshFrameData, triangleCount) == 12, "layout of Part 2.1");
-static_assert(offsetof(MeshFrameData, triangles) == 16, "layout of Part 2.1");
-static_assert(offsetof(MeshFrameData, resetTriangle) == 24, "layout of Part 2.1");
+static_assert(sizeof(MeshFrameData) == 28, "clients read 28 bytes of reference layout");
+static_assert(offsetof(MeshFrameData, vertices) == 4, "clients read this field at 4");
+static_assert(offsetof(MeshFrameData, triangleCount) == 12, "clients read this field at 12");
+static_assert(offsetof(MeshFrameData, triangles) == 16, "clients read this field at 16");
+static_assert(offsetof(MeshFrameData, resetTriangle) == 24, "clients read this field at 24");
 
 }  // namespace ZeltoMesh

@@ -1,3 +1,5 @@
+// The grid size from the reduction level, with every overflow a client's
+// level or a host's image size can cause defined and checked.
 #include "mesh/mesh_grid.h"
 
 #include <cmath>

@@ -1,5 +1,5 @@
-// Grid size of Part 2.1, step 2: which pixels become vertices and how many
-// vertices and triangles the mesh has.
+// The sampling grid: which pixels become vertices and how many vertices and
+// triangles the mesh has.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ struct MeshGrid {
   // count that is negative or above INT32_MAX cannot be allocated (Fits).
   int64_t vertexCount = 0;
   int64_t triangleCount = 0;
-  // The samples of step 4 are exactly nx per row in exactly ny rows, so that
+  // The vertex samples are exactly nx per row in exactly ny rows, so that
   // grid row j is pixel row j step. False only where the float quotient
   // rounds (extents near 2^24 and above) or an extent is below 1.
   bool exact = false;

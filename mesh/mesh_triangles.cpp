@@ -1,3 +1,4 @@
+// The default split, written two cells per three vector stores.
 #include "mesh/mesh_triangles.h"
 
 #include "mesh/vector4.h"

@@ -1,5 +1,6 @@
-// Triangles of Part 2.1, steps 6 and 7: the fixed split of every grid cell
-// and the re-fit test that may turn a cell to its other diagonal.
+// Triangles of the grid: the default split of every cell and the re-fit test
+// that may turn a cell to its other diagonal, so that the mesh follows depth
+// edges instead of bridging them.
 #pragma once
 
 #include <cstdint>
@@ -10,13 +11,15 @@ namespace ZeltoMesh {
 // smaller by more than this (float32, metres).
 constexpr float kRefitThreshold = 0.05f;
 
-// Step 7's test for one cell, in the spec's order: a larger dA keeps the
-// default split, a dA smaller by more than the threshold takes the other
-// diagonal, anything else (including any NaN) leaves the cell as it is.
+// The re-fit test for one cell: a larger dA keeps the default split, a dA
+// smaller by more than the threshold takes the other diagonal, anything else
+// (including any NaN) keeps the default split. Clients compare meshes byte
+// for byte, so the vector form in cell_split.cpp evaluates exactly these two
+// float comparisons.
 // dA = |z(b) - z(b+nx+1)|, dB = |z(b+1) - z(b+nx)|.
 bool TakesOtherDiagonal(float dA, float dB);
 
-// Step 6 for an nx x ny grid (both at least 2): per cell, rows outer, with
+// The default split of an nx x ny grid (both at least 2): per cell, rows outer, with
 // b = j nx + i, the indices b, b+1, b+nx, b+1, b+nx+1, b+nx.
 void WriteDefaultSplit(int32_t nx, int32_t ny, int32_t* triangles);
 

@@ -1,3 +1,5 @@
+// Vertices of the grid, four pixels per vector, into the record and, for the
+// flat layout, into the frame memory in the same pass.
 #include "mesh/mesh_vertices.h"
 
 #include <algorithm>
@@ -8,10 +10,14 @@
 namespace ZeltoMesh {
 namespace {
 
-// The float expressions of Part 2.1, in its order of operations: divide the
-// depth by the focal length, multiply, then divide by 1000. The component is
-// compiled with -ffp-contract=off so that no multiply-add changes a rounding;
-// the vector lanes compute exactly the scalar expressions.
+// Clients compare meshes byte for byte, and an x86-64 host and an arm64
+// device must deliver the same bytes for the same frame. So each coordinate
+// is computed in one fixed order, every step rounded to float32: the depth
+// divided by the focal length, multiplied by the pixel's offset from the
+// principal point, then divided by 1000 (millimetres to metres). The component
+// is compiled with -ffp-contract=off so that no multiply-add fuses two steps
+// into one rounding, and the vector lanes compute exactly the scalar
+// expressions.
 struct VertexMath {
   float fx;
   float fy;

@@ -1,4 +1,4 @@
-// Vertices of Part 2.1, step 4: sampled depth pixels become points in metres.
+// Vertices: sampled depth pixels become points in metres, in the camera frame.
 #pragma once
 
 #include <cstdint>
