@@ -1,28 +1,23 @@
-// Apply's use of the heap (Part 3.2): one working-table allocation per call,
-// none in the point pass, and exhausted memory returned as a status.
+// Apply's heap use: one working-table allocation per call, none per point,
+// and exhausted memory returned as a status, never thrown into the host.
 // The global allocation functions are replaced in this program only.
 #include <atomic>
 #include <cstdlib>
 #include <new>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "masking/masked_point_cloud.h"
 #include "masking_fixtures.h"
 
 namespace {
-
 std::atomic<int> allocations{0};
 std::atomic<bool> failNext{false};
 
 void* Allocate(std::size_t size) {
   allocations.fetch_add(1);
-  if (failNext.exchange(false)) throw std::bad_alloc();
-  if (void* p = std::malloc(size == 0 ? 1 : size)) return p;
-  throw std::bad_alloc();
+  void* p = failNext.exchange(false) ? nullptr : std::malloc(size == 0 ? 1 : size);
+  return p != nullptr ? p : throw std::bad_alloc();
 }
-
 }  // namespace
 
 void* operator new(std::size_t size) { return Allocate(size); }
@@ -34,52 +29,29 @@ void operator delete[](void* p, std::size_t) noexcept { std::free(p); }
 
 namespace {
 
-using masking_test::AtColorPixel;
-using masking_test::kInvalidDepth;
-using masking_test::ListOf;
-using masking_test::Mask;
-using masking_test::Point;
-using masking_test::PointCloud;
-using masking_test::StandardCloud;
+using namespace masking_test;
 
-// Heap allocations made by one Apply of `pointCount` points on three masks.
-int AllocationsOfApply(int pointCount) {
-  MaskedPointCloud cloud = StandardCloud();
-  Mask color(640, 480, 0);
-  Mask depth(320, 240, 0);
-  Mask removes(320, 240, 255);
-  PointCloud points(std::vector<Point>(pointCount, AtColorPixel(10, 20)));
-  const auto list =
-      ListOf({color.Record(true), depth.Record(false), removes.Record(false)});
-  weftcore::Channel::RawData* raw = points.Raw();
-  allocations = 0;
-  const weftcore::Status status = cloud.Apply(raw, &list);
-  const int counted = allocations;
-  EXPECT_TRUE(status.ok());
-  EXPECT_EQ(points.Z(static_cast<size_t>(pointCount) - 1), kInvalidDepth);
-  return counted;
-}
+TEST(Apply, AllocatesOnceWhateverThePointCountAndReportsExhaustedMemory) {
+  MaskedPointCloud cloud;
+  ReadCalibration(&cloud, StandardCalibration());
+  const std::vector<Mask> masks = {Color(640, 480), Depth(320, 240), Depth(320, 240, 255)};
+  const MaskList list = ListOf(masks);
+  for (size_t count : {1, 10000}) {
+    SCOPED_TRACE(count);
+    std::vector<Point> points(count, AtColorPixel(10, 20));
+    weftcore::Channel::RawData raw{points.data(), count * sizeof(Point), "", 0};
+    allocations = 0;
+    EXPECT_TRUE(cloud.Apply(&raw, &list).ok());
+    EXPECT_EQ(allocations, 1);
+    EXPECT_EQ(points.back().z, kMasked);
 
-TEST(ApplyAllocation, OneWorkingTableAllocationPerCallWhateverThePointCount) {
-  EXPECT_EQ(AllocationsOfApply(1), 1);
-  EXPECT_EQ(AllocationsOfApply(10000), 1);
-}
-
-TEST(ApplyAllocation, ExhaustedMemoryForTheWorkingTableBecomesAFailureStatus) {
-  MaskedPointCloud cloud = StandardCloud();
-  Mask mask(640, 480, 255);
-  PointCloud points({AtColorPixel(10, 20)});
-  const auto list = ListOf({mask.Record(true), mask.Record(false)});
-  weftcore::Channel::RawData* raw = points.Raw();
-  failNext = true;
-  const weftcore::Status status = cloud.Apply(raw, &list);
-  failNext = false;
-  ASSERT_TRUE(status.IsError());
-  EXPECT_EQ(status.level(), 1);
-  EXPECT_EQ(status.cause(), 6);
-  EXPECT_EQ(status.block(), "ZeltoMesh");
-  EXPECT_EQ(status.message(), "Out of memory for 2 masks: std::bad_alloc");
-  EXPECT_EQ(points.Z(0), 1000);
+    points.assign(count, AtColorPixel(10, 20));
+    failNext = true;
+    const Status status = cloud.Apply(&raw, &list);
+    EXPECT_EQ(status.cause(), 6);
+    EXPECT_EQ(status.message().rfind("Out of memory for 3 masks: ", 0), 0u) << status.message();
+    EXPECT_EQ(points.back().z, 1000);
+  }
 }
 
 }  // namespace

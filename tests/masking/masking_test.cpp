@@ -1,0 +1,252 @@
+// The masking arithmetic as exact tables, its refusals, and a plain
+// per-point model of masking checked against Apply on a real depth frame.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <tuple>
+
+#include "masking/mask_fit.h"
+#include "masking_fixtures.h"
+#include "support/log_capture.h"
+#include "support/redwood_frame.h"
+
+namespace {
+
+using namespace masking_test;
+using Pixel = std::pair<float, float>;
+constexpr float kInf = std::numeric_limits<float>::infinity();
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+const Pixel kOut{-1.0f, -1.0f};
+
+// Exact text of floats: hex digits, any NaN as "nan", -0 as 0.
+std::string Exact(const float* values, size_t count) {
+  std::string text;
+  for (const float* v = values; v < values + count; ++v) {
+    text += std::isnan(*v) ? "nan " : zelto_test::Printf("%a ", double{*v + 0.0f});
+  }
+  return text;
+}
+std::string Exact(Pixel p) { return Exact(&p.first, 1) + Exact(&p.second, 1); }
+
+// kHugeDepth has scale 1 on a 65536-wide depth image: row 65536 starts at byte 2^32.
+enum class Camera { kStandard, kRotated, kNearOrigin, kUncalibrated, kHugeDepth };
+
+MaskedPointCloud CloudWith(Camera camera) {
+  MaskedPointCloud cloud;
+  Calibration k = StandardCalibration();
+  if (camera == Camera::kUncalibrated) return cloud;
+  if (camera == Camera::kRotated) k.R = {0, -1, 0, 1, 0, 0, 0, 0, 1};
+  if (camera == Camera::kNearOrigin) k.c = k.d = {1, 1, 0.7f, 0.5f};
+  if (camera == Camera::kHugeDepth) k = {640, 480, 65536, 65537, true, k.c, {1, 1, 0, 40000}, k.R, {}};
+  ReadCalibration(&cloud, k);
+  return cloud;
+}
+
+TEST(TruncateToInt32, TruncatesTowardZeroSaturatesAndTurnsNanIntoZero) {
+  constexpr int32_t kMax = std::numeric_limits<int32_t>::max(), kMin = -kMax - 1;
+  const struct Case { float value; int32_t expected; } cases[] = {
+      {kInf, kMax}, {-kInf, kMin}, {kNan, 0}, {-kNan, 0}, {2147483520.0f, 2147483520},
+      {2147483648.0f, kMax}, {-2147483648.0f, kMin}, {-2147483904.0f, kMin}, {-0.5f, 0},
+      {-1.0f, -1}, {1.9f, 1}, {-1.9f, -1}, {639.5f, 639}};
+  for (const Case& row : cases) {
+    SCOPED_TRACE(zelto_test::Printf("%a", double{row.value}));
+    EXPECT_EQ(Zelto::TruncateToInt32(row.value), row.expected);
+  }
+}
+
+TEST(MaskedPointCloud, InvertsTheRotationOfEveryCalibrationRead) {
+  const struct Case { const char* name; ZeltoTof::Matrix_ r; bool refused; float inverse[9]; } cases[] = {
+      {"scale, sheared row", {2, 0, 0, 0, 4, 0, 1, 0, 1}, false, {0.5f, 0, 0, 0, 0.25f, 0, -0.5f, 0, 1}},
+      {"negative entries", {1, 2, 0, 0, 1, 0, 0, 3, 1}, false, {1, -2, 0, 0, 1, 0, 0, -3, 1}},
+      {"90 degrees about z", {0, -1, 0, 1, 0, 0, 0, 0, 1}, false, {0, 1, 0, -1, 0, 0, 0, 0, 1}},
+      {"uncalibrated zero matrix", {}, false, {kNan, kNan, kNan, kNan, kNan, kNan, kNan, kNan, kNan}},
+      {"refused read keeps the last", {1, 2, 0, 0, 1, 0, 0, 3, 1}, true, {0.25f, 0, 0, 0, 0.25f, 0, 0, 0, 0.25f}}};
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.name);
+    MaskedPointCloud cloud;
+    Calibration calibration = StandardCalibration();
+    calibration.R = {4, 0, 0, 0, 4, 0, 0, 0, 4};
+    ReadCalibration(&cloud, calibration);
+    calibration.R = row.r;
+    ReadCalibration(&cloud, calibration, row.refused);
+    EXPECT_EQ(Exact(cloud.inverseRotation, 9), Exact(row.inverse, 9));
+  }
+}
+
+TEST(MaskedPointCloud, MapsPointsToWholeColourPixelsAndSubPixelDepthPositions) {
+  const struct Case { const char* name; Camera camera; Zelto::ZeltoVector3_ p; Pixel color, depth; } cases[] = {
+      {"colour width - 0.5: last column", Camera::kStandard, {639, 0, 1000}, {639, 240}, {319.75f, 120}},
+      {"width itself: outside both", Camera::kStandard, {640, 0, 1000}, kOut, kOut},
+      {"colour height - 0.5: last row", Camera::kStandard, {0, 479, 1000}, {320, 479}, {160, 239.75f}},
+      {"height itself: outside both", Camera::kStandard, {0, 480, 1000}, kOut, kOut},
+      {"colour -0.5 is row 0, depth -0.25 outside", Camera::kStandard, {0, -481, 1000}, {320, 0}, kOut},
+      {"colour -1: outside", Camera::kStandard, {0, -482, 1000}, kOut, kOut},
+      {"colour truncates, depth keeps fractions", Camera::kStandard, {49, 0, 2000}, {332, 240}, {166.125f, 120}},
+      {"(0, 0, 0): NaN converts to 0", Camera::kStandard, {0, 0, 0}, {0, 0}, {kNan, kNan}},
+      {"inf from depth 0: outside", Camera::kStandard, {5, 0, 0}, kOut, kOut},
+      {"-0.3: colour column 0, depth outside", Camera::kNearOrigin, {-1, 0, 1}, {0, 0}, kOut},
+      {"90 degrees about z swaps x and y", Camera::kRotated, {-100, 200, 1000}, {420, 290}, {135, 170}},
+      {"... with one sign change", Camera::kRotated, {100, 200, 1000}, {420, 190}, {185, 170}},
+      {"uncalibrated maps nothing", Camera::kUncalibrated, {100, -50, 1000}, kOut, kOut},
+      {"... not even (0, 0, 0)", Camera::kUncalibrated, {0, 0, 0}, kOut, kOut}};
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.name);
+    const MaskedPointCloud cloud = CloudWith(row.camera);
+    EXPECT_EQ(Exact(cloud.CameraToColor(row.p)), Exact(row.color));
+    EXPECT_EQ(Exact(cloud.CameraToDepth(row.p)), Exact(row.depth));
+  }
+}
+
+TEST(MaskFit, FitsByTheLargerRatioAndCentresOn640x480) {
+  const struct Case { uint32_t width, height; float scale, offsetX, offsetY; } cases[] = {
+      {192, 256, 0x1.111112p-1f, 0x1.2aaaacp+6f, 0}, {320, 120, 0.5f, 0, 60}, {640, 480, 1, 0, 0},
+      {84, 63, 63.0f / 480.0f, 0, 0} /* a tie takes the height ratio */, {64, 0, 0x1.99999ap-4f, 0, 24}};
+  for (const Case& row : cases) {
+    SCOPED_TRACE(testing::Message() << row.width << " x " << row.height);
+    const Zelto::MaskFit fit = Zelto::FitMaskToReference(row.width, row.height, 640.0f, 480.0f);
+    EXPECT_EQ(fit.scale, row.scale);
+    EXPECT_EQ(fit.offsetX, row.offsetX);
+    EXPECT_EQ(fit.offsetY, row.offsetY);
+  }
+}
+
+TEST(Apply, MasksAPointWhereItsMaskByteSaysSo) {
+  const Camera kStd = Camera::kStandard;
+  const struct Case { const char* name; Camera camera; uint8_t threshold; std::vector<Mask> masks; Point p; int16_t z; } cases[] = {
+      {"byte u + width v above the threshold", kStd, 55, {Color(640, 480).Set(100 + 640 * 50, 56)}, AtColorPixel(100, 50), kMasked},
+      {"192 x 256: byte 138 + 192 x 53", kStd, 55, {Color(192, 256).Set(138 + 192 * 53, 255)}, AtColorPixel(400, 100), kMasked},
+      {"... not its neighbours", kStd, 55, {Color(192, 256).Set(137 + 192 * 53, 255).Set(139 + 192 * 53, 255).Set(138 + 192 * 52, 255)}, AtColorPixel(400, 100), 1000},
+      {"depth mask through the depth mapping", kStd, 55, {Depth(320, 240).Set(50 + 320 * 25, 200)}, AtColorPixel(100, 50), kMasked},
+      {"byte at the threshold leaves", kStd, 55, {Color(640, 480, 55)}, AtColorPixel(10, 20), 1000},
+      {"inverted: at the threshold removes", kStd, 55, {Color(640, 480, 55).Inverted()}, AtColorPixel(10, 20), kMasked},
+      {"inverted: above it leaves", kStd, 55, {Color(640, 480, 56).Inverted()}, AtColorPixel(10, 20), 1000},
+      {"threshold 200 leaves byte 200", kStd, 200, {Color(640, 480, 200)}, AtColorPixel(10, 20), 1000},
+      {"one mask of two removes", kStd, 55, {Color(640, 480), Depth(320, 240, 255)}, AtColorPixel(10, 20), kMasked},
+      {"height 0: upper half is negative rows", kStd, 55, {Color(64, 0, 255, 64 * 64)}, AtColorPixel(320, 100), 1000},
+      {"height 0: lower half bounded by bytes", kStd, 55, {Color(64, 0, 255, 64 * 64)}, AtColorPixel(320, 400), kMasked},
+      {"row past the height inside the bytes", kStd, 55, {Color(640, 240, 0, 640 * 480).Set(100 + 640 * 280, 255)}, AtColorPixel(100, 400), kMasked},
+      {"index at the byte count", kStd, 55, {Color(640, 240, 255)}, AtColorPixel(100, 400), 1000},
+      {"column past the width", kStd, 55, {Depth(100, 240, 255)}, AtColorPixel(500, 100), 1000},
+      {"(0, 0, 0) reads depth byte 0", kStd, 55, {Depth(320, 240).Set(0, 255)}, {0, 0, 0}, kMasked},
+      {"off-image at scale 0.5 reads byte 0", kStd, 55, {Color(320, 240).Set(0, 255)}, {2000, 0, 1000}, kMasked},
+      {"off-image at scale 1 is skipped", kStd, 55, {Color(640, 480, 255)}, {2000, 0, 1000}, 1000},
+      {"uncalibrated masks nothing", Camera::kUncalibrated, 55, {Color(64, 48, 255), Depth(64, 48, 255)}, {100, -50, 1000}, 1000},
+      {"32-bit index wraps to byte 5", Camera::kHugeDepth, 55, {Depth(65536, 65537, 0, 16).Set(5, 255)}, {5, 25536, 1}, kMasked}};
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.name);
+    MaskedPointCloud cloud = CloudWith(row.camera);
+    cloud.maskThreshold = row.threshold;
+    Point point = row.p;
+    weftcore::Channel::RawData raw{&point, sizeof point, "", 0};
+    const MaskList list = ListOf(row.masks);
+    ASSERT_TRUE(cloud.Apply(&raw, &list).ok());
+    EXPECT_EQ(point.z, row.z);
+    EXPECT_EQ(std::make_pair(point.x, point.y), std::make_pair(row.p.x, row.p.y));
+  }
+}
+
+// Segmentation users read this line in the log when a mask record is unusable.
+TEST(Apply, RefusesAnInvalidMaskBeforeTouchingAnyPoint) {
+  const struct Case { uint64_t address, size; uint32_t width; const char* message; } cases[] = {
+      {0x123456789ABCDEF0u, 4096, 0, "mask name:person address:9abcdef0 size:4096 width:0 height timestamp:77"},
+      {0, 307200, 640, "mask name:person address:0 size:307200 width:640 height timestamp:77"},
+      {~uint64_t{0}, 0, 640, "mask name:person address:ffffffff size:0 width:640 height timestamp:77"}};
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.message);
+    MaskedPointCloud cloud = CloudWith(Camera::kStandard);
+    Point points[2] = {AtColorPixel(10, 20), AtColorPixel(500, 400)};
+    weftcore::Channel::RawData raw{points, sizeof points, "", 0};
+    const std::vector<Mask> masks = {Color(640, 480, 255)};  // would remove both points
+    MaskList list = ListOf(masks);
+    list.data.push_back({"person", row.address, row.size, row.width, 77, 999, true, false});
+    const Status status = cloud.Apply(&raw, &list);
+    EXPECT_EQ(std::make_tuple(status.level(), status.cause(), status.block()), std::make_tuple(1, 2, std::string("ZeltoMesh")));
+    EXPECT_EQ(status.message(), std::string("Invalid mask data ") + row.message);
+    EXPECT_EQ(std::make_pair(points[0].z, points[1].z), std::make_pair(int16_t{1000}, int16_t{1000}));
+  }
+}
+
+TEST(Apply, RefusesMissingArgumentsAndIgnoresWhatHoldsNoPoint) {
+  const struct Case { bool noCloud, noList; uint64_t size; size_t maskCount; std::string message; } cases[] = {
+      {true, false, 12, 1, "point cloud is null."}, {false, true, 12, 1, "Null pointer"},
+      {false, false, 12, 1, "point cloud is null."} /* a size but no memory */,
+      {false, false, 5, 1, ""} /* no whole point */, {false, false, 12, 0, ""} /* no mask */};
+  for (const Case& row : cases) {
+    SCOPED_TRACE(testing::Message() << row.noCloud << row.noList << row.size << row.maskCount);
+    MaskedPointCloud cloud = CloudWith(Camera::kStandard);
+    weftcore::Channel::RawData raw{nullptr, row.size, "", 0};
+    const std::vector<Mask> masks(row.maskCount, Color(640, 480, 255));
+    const MaskList list = ListOf(masks);
+    const Status status = cloud.Apply(row.noCloud ? nullptr : &raw, row.noList ? nullptr : &list);
+    EXPECT_EQ(status.message(), row.message);
+    EXPECT_EQ(status.cause(), row.message.empty() ? 0 : 2);
+  }
+}
+
+// Masking written out point by point: each mask fitted by its larger ratio,
+// the two mappings by their plain formulas, every mask consulted in turn.
+bool ModelRemoves(const MaskedPointCloud& cloud, const std::vector<Mask>& masks, const int16_t* xyz) {
+  using Zelto::TruncateToInt32;  // exact by the table above
+  const Calibration& k = cloud.calibration;
+  const float x = xyz[0], y = xyz[1], z = xyz[2], *m = cloud.inverseRotation;
+  const float qx = m[0] * x + m[1] * y + m[2] * z, qy = m[3] * x + m[4] * y + m[5] * z,
+              qz = m[6] * x + m[7] * y + m[8] * z;
+  const int32_t u = TruncateToInt32(k.c.cx + (qx * k.c.fx) / qz), v = TruncateToInt32(k.c.cy + (qy * k.c.fy) / qz);
+  const bool colorIn = u >= 0 && u < k.colorWidth && v >= 0 && v < k.colorHeight;
+  const Pixel color = colorIn ? Pixel(u, v) : kOut;
+  const Pixel d{(x * k.d.fx) / z + k.d.cx, (y * k.d.fy) / z + k.d.cy};
+  const bool depthIn = !(d.first < 0 || d.second < 0) && TruncateToInt32(d.first) < k.depthWidth &&
+                       TruncateToInt32(d.second) < k.depthHeight;
+  for (const Mask& mask : masks) {
+    const float w = mask.width, h = mask.height;
+    const float refW = mask.color ? k.colorWidth : k.depthWidth, refH = mask.color ? k.colorHeight : k.depthHeight;
+    const float scale = std::max(w / refW, h / refH);
+    const float offX = w / refW > h / refH ? 0 : (scale * refW - w) * 0.5f;
+    const float offY = w / refW > h / refH ? (scale * refH - h) * 0.5f : 0;
+    const Pixel at = mask.color ? color : depthIn ? d : kOut;
+    const int64_t col = TruncateToInt32(at.first * scale - offX), row = TruncateToInt32(at.second * scale - offY);
+    const int64_t index = col + int64_t{mask.width} * row;
+    if (col < 0 || row < 0 || col >= int64_t{mask.width} || index >= int64_t(mask.bytes.size())) continue;
+    if ((mask.bytes[index] > cloud.maskThreshold) != mask.inverted) return true;
+  }
+  return false;
+}
+
+TEST(Apply, AgreesWithAPlainModelOnARealFrame) {
+  const ZeltoTest::PointCloudImage frame = ZeltoTest::LoadRedwoodFrame(0);
+  const ZeltoTest::RedwoodIntrinsics in;
+  MaskedPointCloud cloud;  // a larger colour image, its camera turned 3 degrees about y
+  ReadCalibration(&cloud, {960, 720, frame.width, frame.height, true, {800, 790, 480.5f, 359.25f},
+                           {in.fx, in.fy, in.cx, in.cy}, {0.9986295f, 0, 0.052336f, 0, 1, 0, -0.052336f, 0, 0.9986295f}, {}});
+  cloud.maskThreshold = 200;
+  // Noise masks, so that a pixel off anywhere changes the verdict: a plain
+  // colour mask, an inverted depth mask, and one with bytes for half its rows.
+  std::vector<Mask> masks = {Color(256, 192), Depth(320, 200).Inverted(), Depth(64, 48, 0, 64 * 24)};
+  std::mt19937 random(7);
+  for (Mask& mask : masks) {
+    for (uint8_t& byte : mask.bytes) byte = static_cast<uint8_t>(mask.inverted ? 190 + random() % 66 : random());
+  }
+  const size_t count = frame.points.size() / 3;
+  std::vector<uint8_t> bytes(6 * count + 5, 0xAB);  // five bytes that are no point
+  std::memcpy(bytes.data(), frame.points.data(), 6 * count);
+  std::vector<uint8_t> expected = bytes;
+  size_t removed = 0;
+  for (size_t i = 0; i < count; ++i) {
+    if (!ModelRemoves(cloud, masks, &frame.points[3 * i])) continue;
+    std::memcpy(&expected[6 * i + 4], &kMasked, sizeof kMasked);
+    ++removed;
+  }
+  weftcore::Channel::RawData raw{bytes.data(), bytes.size(), "", 0};
+  const MaskList list = ListOf(masks);
+  ASSERT_TRUE(cloud.Apply(&raw, &list).ok());
+  const auto firstDifference = std::mismatch(bytes.begin(), bytes.end(), expected.begin()).first;
+  EXPECT_EQ(firstDifference - bytes.begin(), static_cast<ptrdiff_t>(bytes.size())) << "first differing byte";
+  EXPECT_GT(removed, count / 5);  // the masks cut through the frame
+  EXPECT_LT(removed, count * 4 / 5);
+}
+
+}  // namespace
