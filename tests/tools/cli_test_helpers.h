@@ -1,28 +1,33 @@
-// Small helpers shared by the end-to-end suites of zelto-mesh.
+// Helpers shared by the suites that run zelto-mesh as a user does.
 #pragma once
 
-#include <filesystem>
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
 #include "process_runner.h"
+#include "strict_ply_reader.h"
 
 namespace ZeltoCliTest {
 
-inline std::string RedwoodDirectory() { return std::string(ZELTO_EXAMPLES_DIR) + "/redwood"; }
+inline const std::string kRedwood = std::string(ZELTO_EXAMPLES_DIR) + "/redwood";
 
 inline std::vector<std::string> SplitLines(const std::string& text) {
   std::vector<std::string> lines;
-  size_t start = 0;
-  while (start < text.size()) {
-    const size_t end = text.find('\n', start);
-    lines.push_back(text.substr(start, end == std::string::npos ? end : end - start));
-    if (end == std::string::npos) break;
-    start = end + 1;
+  for (size_t start = 0, end = 0; start < text.size(); start = end + 1) {
+    end = std::min(text.find('\n', start), text.size());
+    lines.push_back(text.substr(start, end - start));
   }
   return lines;
 }
 
-inline bool Exists(const std::string& path) { return std::filesystem::exists(path); }
+// The file through the strict reader; a file zelto-mesh may not write fails the test.
+inline PlyMesh ReadPly(const std::string& path) {
+  PlyMesh mesh;
+  std::string error;
+  EXPECT_TRUE(ReadStrictPly(ReadFileBytes(path), &mesh, &error)) << path << ": " << error;
+  return mesh;
+}
 
 }  // namespace ZeltoCliTest

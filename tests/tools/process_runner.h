@@ -1,9 +1,7 @@
-// Runs build/<preset>/bin/zelto-mesh as a child process and collects what it
-// printed, as a user's shell would see it (stdout and stderr are files, not
-// terminals).
+// Runs the built zelto-mesh as a child process and collects what it printed,
+// as a user's shell would see it.
 #pragma once
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -15,21 +13,14 @@ struct ProcessResult {
   std::string err;
 };
 
-// Runs ZELTO_BINARY_DIR/zelto-mesh with `arguments` in `workingDirectory`
-// (created if missing), with this process's environment plus `environment`
-// ("NAME=value" entries). Fails the calling test on a spawn error.
-ProcessResult RunZeltoMesh(const std::vector<std::string>& arguments,
-                           const std::string& workingDirectory,
-                           const std::vector<std::string>& environment = {});
+// ZELTO_BINARY_DIR/zelto-mesh in `directory` with stdout and stderr to files,
+// or stderr on a pseudo-terminal, and this environment plus `environment`.
+ProcessResult RunZeltoMesh(const std::vector<std::string>& arguments, const std::string& directory,
+                           const std::vector<std::string>& environment = {}, bool terminal = false);
 
-// Runs zelto-mesh with stderr on a pseudo-terminal, as in a user's shell;
-// `err` is what the terminal received.
-ProcessResult RunZeltoMeshOnTerminal(const std::vector<std::string>& arguments,
-                                     const std::string& workingDirectory);
-
-// A fresh, empty directory for one test under the test's temporary directory.
+// A fresh, empty directory named after the running test, under this build's
+// tree: builds of other presets may run the same tests at the same time.
 std::string FreshDirectory(const std::string& name);
-
 std::string ReadFileBytes(const std::string& path);
 
 }  // namespace ZeltoCliTest

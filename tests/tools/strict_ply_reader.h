@@ -1,6 +1,5 @@
-// A deliberately strict reader of the PLY files zelto-mesh writes: the
-// header grammar line by line, element counts, every face a triangle with
-// indices in range, and an exact byte length.
+// A strict reader of the PLY files zelto-mesh writes, apart from the writer so
+// that a slip in one is not mirrored by the other.
 #pragma once
 
 #include <cstdint>
@@ -10,12 +9,12 @@
 namespace ZeltoCliTest {
 
 struct PlyMesh {
-  std::vector<std::string> comments;
   std::vector<float> vertices;     // x, y, z per vertex
   std::vector<int32_t> triangles;  // three indices per face
 };
 
-// Parses `bytes`; false with `error` saying what is wrong and where.
+// The exact header zelto-mesh writes, every face a triangle of existing
+// vertices, and nothing after the last face; false with `error` otherwise.
 bool ReadStrictPly(const std::string& bytes, PlyMesh* mesh, std::string* error);
 
 }  // namespace ZeltoCliTest
