@@ -1,5 +1,5 @@
-// The log level record (Part 4.2), served by the mesh source and read from
-// "zelto_stream" (Part 1.3).
+// The log level record: clients set the mesh source's log level with it, and
+// the source reads its starting level from "zelto_stream".
 #pragma once
 
 #include "logging/zelto_logger.h"

@@ -1,4 +1,5 @@
-// "zelto_stream" and its runtime settings record (Part 4.3).
+// "zelto_stream", the device's settings stream, and its runtime settings
+// record.
 #pragma once
 
 #include <cstdint>

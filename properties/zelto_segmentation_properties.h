@@ -1,4 +1,5 @@
-// The segmentation stream and its mask data list record (Part 4.3).
+// The segmentation stream and its mask data list record: the masks of the
+// current frame, which the mesh source reads in place by address.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
-// The time-of-flight camera streams and their records (Part 4.3).
+// The time-of-flight camera streams (live and recorded) and the records the
+// mesh source reads from them: configuration, calibration, process targets.
 #pragma once
 
 #include <cstdint>

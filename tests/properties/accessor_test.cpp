@@ -1,234 +1,157 @@
-// Part 4.1, DeserializedPropertyAccessor: Set, Get and Release, with the
-// accessor edge cases of Part 4.1.
+// Property access between bytes and handlers: the accessor a source
+// registers (client bytes in, handler called, answer array out), its
+// registration, and a consumer's typed read of an upstream stream's property.
 #include <gtest/gtest.h>
 
-#include "properties/decode_expectations.h"
-#include "properties/golden.h"
-#include "properties/recording_source.h"
-#include "weftcore/property_accessor.h"
+#include <cstring>
+#include <optional>
 
+#include "support/bytes.h"
+#include "weftcore/framework_properties.h"
+#include "weftcore/stream.h"
+#include "weftcore/stream_source_utility.h"
+
+namespace zelto_test {
 namespace {
 
-using zelto_test::Bytes;
-using zelto_test::Cat;
-using zelto_test::ExpectFailure;
-using zelto_test::Hex;
-using zelto_test::Key;
-using zelto_test::RecordingSource;
-using zelto_test::TypeMismatchMessage;
+using Rate = weftcore::FrameRateProperty;
+using weftcore::Status;
+using Calls = std::vector<Bytes>;
 
-using Config = ZeltoMesh::ZeltoMeshAlgorithmConfigProperty_;
-using ConfigSource = RecordingSource<Config>;
-using ConfigAccessor = weftcore::DeserializedPropertyAccessor<ConfigSource, Config>;
+Status Failure(weftcore::Cause cause) { return Status(weftcore::kLevelError, cause, "failed"); }
 
-constexpr char kKey[] = "kZeltoMeshAlgorithmConfigKey";
+// A source's typed handlers; `seen` holds each record they were given, encoded.
+struct Handler {
+  Status Get(const std::string&, Rate* rate) {
+    seen.push_back(Encode(*rate));
+    if (failure.ok()) *rate = Rate{30, 1};
+    return failure;
+  }
+  Status Set(const std::string&, const Rate* rate) {
+    seen.push_back(rate ? Encode(*rate) : Bytes());
+    return rate ? failure : Failure(weftcore::kCauseInvalidArgument);
+  }
+  Calls seen;
+  Status failure;
+};
+using Accessor = weftcore::DeserializedPropertyAccessor<Handler, Rate>;
 
-Config MakeConfig(int32_t level, int32_t period) {
-  Config config;
-  config.meshReductionLevel = level;
-  config.resetTrianglePeriod = period;
-  return config;
+const Bytes kRate30 = {0x82, 0xA3, 'n', 'u', 'm', 0x1E, 0xA5, 'd', 'e', 'n', 'o', 'm', 0x01};
+const Bytes kNotAMap = {0x92, 0x01, 0x02};
+
+TEST(Accessor, SetHandsTheHandlerTheDecodedRecordOrNoneAndReturnsItsStatus) {
+  struct Case { const char* name; const uint8_t* bytes; size_t size; int cause; Calls seen; };
+  const Case cases[] = {
+      {"record", kRate30.data(), 13, 0, {kRate30}},
+      {"null bytes reach the handler as no record", nullptr, 13, 2, {Bytes()}},
+      {"size 0 reaches the handler as no record", kRate30.data(), 0, 2, {Bytes()}},
+      {"undecodable bytes never reach the handler", kNotAMap.data(), 3, 8, {}},
+  };
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.name);
+    Handler handler;
+    const Status status = Accessor("key", &handler).Set("key", row.bytes, row.size);
+    EXPECT_EQ(handler.seen, row.seen);
+    EXPECT_EQ(status.cause(), row.cause) << status.message();
+    EXPECT_EQ(status.trace().size(), row.cause == 0 ? 0u : 1u);
+  }
 }
 
-Bytes ConfigBytes(uint8_t level, uint8_t period) {
-  return Cat({{0x82}, Key("meshReductionLevel"), {level}, Key("resetTrianglePeriod"), {period}});
-}
-
-void ExpectNullRecordFailure(const weftcore::Status& status) {
-  ASSERT_TRUE(status.IsError());
-  EXPECT_EQ(status.level(), 1);
-  EXPECT_EQ(status.cause(), 2);
-  EXPECT_EQ(status.message(), "property is null.");
-  EXPECT_EQ(status.block(), "ZeltoMesh");
-  EXPECT_EQ(status.trace().size(), 1u);
-}
-
-TEST(Part41EdgeCases, AccessorSetWithANullPointerCallsTheHandlerWithANullRecord) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
-  const Bytes bytes = ConfigBytes(1, 2);
-  ExpectNullRecordFailure(accessor.Set(kKey, nullptr, bytes.size()));
-  EXPECT_EQ(source.setCalls, 1);
-  EXPECT_FALSE(source.received.has_value());
-  EXPECT_EQ(source.lastKey, kKey);
-}
-
-TEST(Part41EdgeCases, AccessorSetWithASizeOf0CallsTheHandlerWithANullRecord) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
-  const Bytes bytes = ConfigBytes(1, 2);
-  ExpectNullRecordFailure(accessor.Set(kKey, bytes.data(), 0));
-  EXPECT_EQ(source.setCalls, 1);
-  EXPECT_FALSE(source.received.has_value());
-}
-
-TEST(Part41EdgeCases, AccessorGetWithAnInputSizeOf0AndANonNullInputPointerIgnoresTheInput) {
-  ConfigSource source;
-  source.answer = MakeConfig(3, 4);
-  ConfigAccessor accessor(kKey, &source);
-  const Bytes garbage = {0xC1, 0xC1, 0xC1};
+TEST(Accessor, GetIgnoresAnEmptyInputAndWritesNothingWhenTheHandlerFails) {
+  Handler handler;
+  Accessor accessor("key", &handler);
   void* out = nullptr;
   size_t size = 0;
-  ASSERT_TRUE(accessor.Get(kKey, &out, &size, garbage.data(), 0).ok());
-  ASSERT_TRUE(source.received.has_value());
-  EXPECT_TRUE(*source.received == Config{});
-  accessor.Release(kKey, out, size);
-}
+  ASSERT_TRUE(accessor.Get("key", &out, &size, kNotAMap.data(), 0).ok());
+  const auto* answer = static_cast<const uint8_t*>(out);
+  EXPECT_EQ(Hex(Bytes(answer, answer + size)), Hex(kRate30));
+  EXPECT_TRUE(accessor.Release("key", out, size).ok());  // LSan: the array is freed
 
-TEST(Part41EdgeCases, GetOfARecordNeverYieldsAnEmptyEncodingSoTheOutPointerIsNeverNull) {
-  RecordingSource<ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_> source;
-  weftcore::DeserializedPropertyAccessor<
-      decltype(source), ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_>
-      accessor("kZeltoSegmentationMaskDataListKey", &source);
-  void* out = nullptr;
-  size_t size = 0;
-  ASSERT_TRUE(accessor.Get("kZeltoSegmentationMaskDataListKey", &out, &size, nullptr, 0).ok());
-  ASSERT_NE(out, nullptr);
-  const auto* bytes = static_cast<const uint8_t*>(out);
-  EXPECT_EQ(Hex(Bytes(bytes, bytes + size)), Hex(Bytes{0x81, 0xA4, 'd', 'a', 't', 'a', 0x90}));
-  EXPECT_TRUE(accessor.Release("kZeltoSegmentationMaskDataListKey", out, size).ok());
-}
-
-TEST(AccessorSet, DecodesIntoAFreshRecordAndCallsTheHandlerWithTheKey) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
-  const Bytes bytes = Cat({{0x81}, Key("meshReductionLevel"), {0x02}});
-  ASSERT_TRUE(accessor.Set("any key", bytes.data(), bytes.size()).ok());
-  EXPECT_EQ(source.setCalls, 1);
-  EXPECT_EQ(source.lastKey, "any key");
-  ASSERT_TRUE(source.received.has_value());
-  EXPECT_TRUE(*source.received == MakeConfig(2, 0));
-}
-
-TEST(AccessorSet, DecodingFailureIsReturnedWithATraceAndTheHandlerIsNotCalled) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
-  const Bytes bytes = {0x92, 0x01, 0x02};
-  const weftcore::Status status = accessor.Set(kKey, bytes.data(), bytes.size());
-  ExpectFailure(status, 8, TypeMismatchMessage(3));
-  EXPECT_EQ(status.trace().size(), 1u);
-  EXPECT_EQ(source.setCalls, 0);
-}
-
-TEST(AccessorSet, HandlerFailureIsReturnedWithOneTraceEntry) {
-  ConfigSource source;
-  source.failure = weftcore::Status(weftcore::kLevelError, weftcore::kCauseInvalidArgument,
-                                    "mesh reduction level must be equal or greater than zero.")
-                       .SetBlock("ZeltoMesh");
-  ConfigAccessor accessor(kKey, &source);
-  const Bytes bytes = ConfigBytes(0xFF, 5);
-  const weftcore::Status status = accessor.Set(kKey, bytes.data(), bytes.size());
-  ASSERT_TRUE(status.IsError());
-  EXPECT_EQ(status.cause(), 2);
-  EXPECT_EQ(status.message(), "mesh reduction level must be equal or greater than zero.");
-  EXPECT_EQ(status.block(), "ZeltoMesh");
-  ASSERT_EQ(status.trace().size(), 1u);
-  EXPECT_EQ(status.trace()[0].file, "");
-  EXPECT_EQ(status.trace()[0].line, 0);
-  EXPECT_TRUE(*source.received == MakeConfig(-1, 5));
-}
-
-TEST(AccessorGet, NullOutPointerFailsFirst) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
-  ExpectFailure(accessor.Get(kKey, nullptr, nullptr, nullptr, 5), 2,
-                "serialized_property is null");
-  EXPECT_EQ(source.getCalls, 0);
-}
-
-TEST(AccessorGet, NullOutSizeFails) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
-  void* out = nullptr;
-  ExpectFailure(accessor.Get(kKey, &out, nullptr, nullptr, 5), 2, "serialized_size is null");
-  EXPECT_EQ(source.getCalls, 0);
-}
-
-TEST(AccessorGet, NonZeroInputSizeWithNullInputFails) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
-  void* out = nullptr;
-  size_t size = 0;
-  ExpectFailure(accessor.Get(kKey, &out, &size, nullptr, 5), 2,
-                "serialized_input_property is null");
-  EXPECT_EQ(source.getCalls, 0);
-}
-
-TEST(AccessorGet, InputIsDecodedIntoTheRecordTheHandlerSees) {
-  ConfigSource source;
-  source.answer = MakeConfig(7, 8);
-  ConfigAccessor accessor(kKey, &source);
-  const Bytes input = Cat({{0x81}, Key("resetTrianglePeriod"), {0x09}});
-  void* out = nullptr;
-  size_t size = 0;
-  ASSERT_TRUE(accessor.Get(kKey, &out, &size, input.data(), input.size()).ok());
-  EXPECT_TRUE(*source.received == MakeConfig(0, 9));
-  accessor.Release(kKey, out, size);
-}
-
-TEST(AccessorGet, InputDecodingFailureIsReturnedWithATraceBeforeTheHandler) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
-  const Bytes input = {0x81, 0x01, 0x02};
-  void* out = nullptr;
-  size_t size = 0;
-  const weftcore::Status status = accessor.Get(kKey, &out, &size, input.data(), input.size());
-  ExpectFailure(status, 8, TypeMismatchMessage(3));
-  EXPECT_EQ(status.trace().size(), 1u);
-  EXPECT_EQ(source.getCalls, 0);
-}
-
-TEST(AccessorGet, HandlerFailureWritesNothingToTheOutParameters) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
+  handler.failure = Failure(weftcore::kCauseNotFound);
+  const Bytes denom9 = Cat({{0x81}, Key("denom"), {0x09}});
   int sentinel = 0;
-  void* out = &sentinel;
-  size_t size = 12345;
-  const weftcore::Status nullStatus = accessor.Get(kKey, &out, &size, nullptr, 0);
-  EXPECT_TRUE(nullStatus.ok());
-  accessor.Release(kKey, out, size);
-
-  source.failure = weftcore::Status(weftcore::kLevelError, weftcore::kCauseInvalidArgument,
-                                    "Null pointer")
-                       .SetBlock("ZeltoMesh");
   out = &sentinel;
-  size = 12345;
-  const weftcore::Status status = accessor.Get(kKey, &out, &size, nullptr, 0);
-  ASSERT_TRUE(status.IsError());
-  EXPECT_EQ(status.message(), "Null pointer");
-  EXPECT_EQ(status.block(), "ZeltoMesh");
-  EXPECT_EQ(status.trace().size(), 1u);
+  size = 99;
+  EXPECT_EQ(accessor.Get("key", &out, &size, denom9.data(), denom9.size()).cause(), 4);
+  EXPECT_EQ(handler.seen, (Calls{Encode(Rate{}), Encode(Rate{0, 9})}));
   EXPECT_EQ(out, &sentinel);
-  EXPECT_EQ(size, 12345u);
+  EXPECT_EQ(size, 99u);
 }
 
-TEST(AccessorGet, AnswerIsAnArrayOfExactlyTheEncodedBytes) {
-  ConfigSource source;
-  source.answer = MakeConfig(2, 4);
-  ConfigAccessor accessor(kKey, &source);
-  void* out = nullptr;
-  size_t size = 0;
-  ASSERT_TRUE(accessor.Get(kKey, &out, &size, nullptr, 0).ok());
-  ASSERT_NE(out, nullptr);
-  const auto* bytes = static_cast<const uint8_t*>(out);
-  EXPECT_EQ(Hex(Bytes(bytes, bytes + size)), Hex(ConfigBytes(2, 4)));
-  EXPECT_EQ(size, 42u);
-  EXPECT_TRUE(accessor.Release(kKey, out, size).ok());
+// Under LSan, an accessor the utility refused would show up as a leak.
+TEST(Accessor, RefusedRegistrationDestroysTheAccessor) {
+  struct RefusingUtility : weftcore::StreamSourceUtility {
+    Status GetAllocator(const std::string&, weftcore::MemoryAllocator**) override { return {}; }
+    Status RegisterProperty(weftcore::PropertyAccessor*) override {
+      return Failure(weftcore::kCauseAlreadyExists);
+    }
+  } utility;
+  Handler handler;
+  const Status status = utility.CreateProperty<Rate>("frame_rate_property", &handler);
+  EXPECT_EQ(status.cause(), weftcore::kCauseAlreadyExists);
+  EXPECT_EQ(status.trace().size(), 1u);
 }
 
-TEST(AccessorRelease, NullPointerOrZeroSizeIsSuccessAndFreesNothing) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
-  EXPECT_TRUE(accessor.Release(kKey, nullptr, 10).ok());
-  EXPECT_TRUE(accessor.Release(kKey, nullptr, 0).ok());
-  uint8_t local = 0;
-  EXPECT_TRUE(accessor.Release(kKey, &local, 0).ok());  // not freed: size 0
-}
+// An upstream stream with a scripted property reply. It frees a reply only
+// when it is handed back, so LSan sees any that is not.
+struct UpstreamStream : weftcore::Stream {
+  Status Start() override { return {}; }
+  Status Stop() override { return {}; }
+  Status GetFrame(weftcore::Frame**, int32_t) override { return {}; }
+  Status ReleaseFrame(weftcore::Frame*) override { return {}; }
+  Status GetSerializedProperty(const std::string&, const void* in, size_t in_size, void** property,
+                               size_t* size) override {
+    input.assign(static_cast<const uint8_t*>(in), static_cast<const uint8_t*>(in) + in_size);
+    if (reply) *property = std::memcpy(new uint8_t[reply->size()], reply->data(), reply->size());
+    if (reply) *size = reply->size();
+    return read;
+  }
+  Status ReleaseSerializedProperty(const std::string&, void* property, size_t) override {
+    ++releases;
+    delete[] static_cast<uint8_t*>(property);
+    return release;
+  }
+  Status SetSerializedProperty(const std::string&, const void*, size_t) override { return {}; }
+  weftcore::StreamFunctionLockManager* GetFunctionLockManager() override { return &locks; }
 
-TEST(PropertyAccessor, KeepsItsKey) {
-  ConfigSource source;
-  ConfigAccessor accessor(kKey, &source);
-  EXPECT_EQ(accessor.key(), "kZeltoMeshAlgorithmConfigKey");
+  weftcore::StreamFunctionLockManager locks;
+  std::optional<Bytes> reply;
+  Status read, release;
+  Bytes input;
+  int releases = 0;
+};
+
+TEST(StreamGetProperty, HandsEveryReplyBackAndReportsTheFirstFailure) {
+  const Bytes unchanged = Encode(Rate{7, 9});
+  const Status readFailure = Failure(weftcore::kCauseNotFound);
+  const Status releaseFailure = Failure(weftcore::kCauseUnknown);
+  // `after`: the caller's record afterwards, encoded.
+  struct Case {
+    const char* name; std::optional<Bytes> reply; Status read, release; int releases, cause;
+    Bytes after;
+  };
+  const Case cases[] = {
+      {"reply decoded", kRate30, Status(), Status(), 1, 0, kRate30},
+      {"failed read with a reply", kRate30, readFailure, releaseFailure, 1, 4, unchanged},
+      {"failed read without a reply", std::nullopt, readFailure, Status(), 0, 4, unchanged},
+      {"undecodable reply", kNotAMap, Status(), releaseFailure, 1, 8, unchanged},
+      {"failed release", kRate30, Status(), releaseFailure, 1, 1, kRate30},
+      {"no reply", std::nullopt, Status(), Status(), 0, 2, unchanged},
+  };
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.name);
+    UpstreamStream stream;
+    stream.reply = row.reply;
+    stream.read = row.read;
+    stream.release = row.release;
+    Rate rate{7, 9};
+    const Status status = stream.GetProperty("frame_rate_property", &rate);
+    EXPECT_EQ(Hex(stream.input), Hex(unchanged));  // the caller's record is the request
+    EXPECT_EQ(stream.releases, row.releases);
+    EXPECT_EQ(status.cause(), row.cause) << status.message();
+    EXPECT_EQ(Hex(Encode(rate)), Hex(row.after));
+  }
 }
 
 }  // namespace
+}  // namespace zelto_test

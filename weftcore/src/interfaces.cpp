@@ -1,4 +1,6 @@
-// Out-of-line anchors and the framework's default operations (Part 1.1).
+// Out-of-line destructors of the interface classes, so that their type
+// information lives in libweftcore.so alone, and the defaults a stream source
+// inherits when it does not override an operation.
 #include "weftcore/core.h"
 #include "weftcore/frame.h"
 #include "weftcore/memory_allocator.h"

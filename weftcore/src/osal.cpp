@@ -1,3 +1,6 @@
+// The OS layer on Linux, with the host's hooks: one mutex guards the sleep
+// hook and the log sink, and each call copies the hook out before running it,
+// so a hook may itself sleep or log without deadlocking.
 #include "weftcore/osal.h"
 
 #include <chrono>

@@ -1,3 +1,5 @@
+// The out-of-line part of the serialization helpers: the bounded copy the
+// property accessors use for their answer arrays.
 #include "weftcore/serialize.h"
 
 #include "weftcore/osal.h"

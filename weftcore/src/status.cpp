@@ -1,3 +1,5 @@
+// Status payloads: formatted once at the failure site, copied only when a
+// status is copied.
 #include "weftcore/status.h"
 
 #include <cstdarg>

@@ -1,3 +1,5 @@
+// The per-stream function locks: one recursive mutex per kind of function,
+// and a shutdown flag that refuses new callers while a stream closes.
 #include "weftcore/stream_function_lock.h"
 
 namespace weftcore {

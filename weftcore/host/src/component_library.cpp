@@ -1,3 +1,6 @@
+// Loading a component library: resolve the file, dlopen it, find the two
+// entry points and create the component, reporting each failure with the
+// library's name and the dynamic loader's own words.
 #include "weftcore/host/component_library.h"
 
 #include <dlfcn.h>

@@ -1,3 +1,6 @@
+// The host's default frame-memory allocator: plain heap blocks that remember
+// which allocator made them, so that a block handed to the wrong allocator is
+// refused instead of freed twice.
 #include "weftcore/host/heap_allocator.h"
 
 #include <memory>

@@ -1,3 +1,6 @@
+// HostCore: the stream registry. Components are loaded on first use; streams
+// are opened and closed under one recursive mutex, because a source opens and
+// closes its upstream streams from inside its own Open and Close.
 #include "weftcore/host/host_core.h"
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Frames as a consumer of a host stream sees them: read-only views over the
+// FrameInfo the source delivered, checked against the frame's memory.
 #include "weftcore/host/host_stream.h"
 
 #include <utility>

@@ -1,3 +1,6 @@
+// HostStream: one source behind the Stream interface, each function under
+// the stream's function lock, frames tracked from delivery to release so that
+// closing the stream hands every one of them back to the source.
 #include "weftcore/host/host_stream.h"
 
 #include <chrono>
@@ -86,7 +89,8 @@ Status HostStream::GetFrame(Frame** frame, int32_t timeout_msec) {
     }
     if (take_queued()) return Status();
     if (timeout_msec == 0 || std::chrono::steady_clock::now() >= deadline) return Status();
-    // A real sleep: tests hook osal::OSSleep to watch the source's own pacing.
+    // A real sleep, not osal::OSSleep: a hooked OSSleep is there to see the
+    // source's own pacing, and the host's polling must not show up in it.
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 }

@@ -1,3 +1,5 @@
+// The utility a source receives in Open: the host's default allocator and
+// the registry of the source's property accessors, which the stream owns.
 #include "weftcore/host/host_stream.h"
 
 namespace weftcore {

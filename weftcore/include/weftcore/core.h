@@ -1,4 +1,5 @@
-// The framework core handed to a source's Open (Part 1.1).
+// The host's core as a source sees it in Open: the way to open the upstream
+// streams a source consumes.
 #pragma once
 
 #include <string>
@@ -16,9 +17,11 @@ class WEFTCORE_API Core {
   Core& operator=(const Core&) = delete;
   virtual ~Core();
 
-  virtual Status Initialize() = 0;        // slot 1
-  virtual bool IsInitialized() const = 0;  // slot 2
-  virtual Status Finalize() = 0;          // slot 3
+  // Host and components are built separately and meet only through these
+  // virtual tables: the order of the virtual functions must not change.
+  virtual Status Initialize() = 0;
+  virtual bool IsInitialized() const = 0;
+  virtual Status Finalize() = 0;
   // The stream stays valid until CloseStream.
   virtual Status OpenStream(const std::string& key, Stream** stream) = 0;
   virtual Status CloseStream(Stream* stream) = 0;

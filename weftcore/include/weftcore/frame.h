@@ -1,4 +1,5 @@
-// Incoming frames of an upstream stream (Part 1.1).
+// Frames of an upstream stream as a consumer receives them from GetFrame:
+// channels by id, each with a view of its raw data.
 #pragma once
 
 #include <cstdint>
@@ -26,8 +27,10 @@ class WEFTCORE_API Channel {
   Channel& operator=(const Channel&) = delete;
   virtual ~Channel();
 
-  virtual uint32_t GetChannelId() const = 0;       // slot 1
-  virtual Status GetRawData(RawData* raw) = 0;     // slot 2
+  // The order of the virtual functions is shared with binaries built
+  // elsewhere; it must not change.
+  virtual uint32_t GetChannelId() const = 0;
+  virtual Status GetRawData(RawData* raw) = 0;
 };
 
 class WEFTCORE_API Frame {
@@ -37,10 +40,10 @@ class WEFTCORE_API Frame {
   Frame& operator=(const Frame&) = delete;
   virtual ~Frame();
 
-  virtual uint64_t GetSequenceNumber() const = 0;                           // slot 1
-  virtual size_t GetChannelCount() const = 0;                               // slot 2
-  virtual Status GetChannel(uint32_t channel_id, Channel** channel) = 0;    // slot 3
-  virtual Status GetChannelList(std::map<uint32_t, Channel*>* channels) = 0;  // slot 4
+  virtual uint64_t GetSequenceNumber() const = 0;
+  virtual size_t GetChannelCount() const = 0;
+  virtual Status GetChannel(uint32_t channel_id, Channel** channel) = 0;
+  virtual Status GetChannelList(std::map<uint32_t, Channel*>* channels) = 0;
 };
 
 }  // namespace weftcore

@@ -1,4 +1,5 @@
-// Outgoing frame records (Part 1.1).
+// The frames a source hands to the host from GetFrames: per channel, a block
+// of frame memory and the span of it that holds the channel's data.
 #pragma once
 
 #include <cstdint>

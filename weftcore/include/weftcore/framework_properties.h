@@ -1,5 +1,5 @@
-// The framework's own property records (Part 4.2): channel information and
-// frame rate, which every stream source serves.
+// The property records every stream source serves: channel information and
+// frame rate. RegisterMandatoryProperties registers both under these keys.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,5 @@
-// Frame memory (Part 1.1): blocks handed out by a MemoryAllocator.
+// Frame memory: blocks a source takes from the host's allocator for the
+// frames it delivers and gives back when the host releases them.
 #pragma once
 
 #include <cstdint>

@@ -1,4 +1,6 @@
-// weftcore_osal: the OS layer (Part 1.1), plus the host substitute's seams.
+// The OS layer components call instead of the platform: sleeping, bounded
+// copies and the platform log. A host (and a test of a component) can take
+// over the sleep and the log with the hooks below.
 #pragma once
 
 #include <cstddef>
@@ -17,8 +19,9 @@ WEFTCORE_API void OSSleep(uint64_t nanoseconds);
 // and returns false when the block is too small or a pointer is null.
 WEFTCORE_API bool OSMemcpy(void* dst, size_t dst_size, const void* src, size_t count);
 
-// Test seam: replaces the real sleep. Returns the previous hook; an empty
-// function restores the real sleep.
+// Replaces the real sleep, so that a host or a test can step time instead of
+// waiting for it. Returns the previous hook; an empty function restores the
+// real sleep.
 using SleepHook = std::function<void(uint64_t nanoseconds)>;
 WEFTCORE_API SleepHook SetSleepHook(SleepHook hook);
 

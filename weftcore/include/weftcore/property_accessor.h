@@ -1,5 +1,7 @@
-// Serialized property access (Part 4.1): the accessor that turns a client's
-// bytes into a typed record, calls the source's handler and encodes the answer.
+// Serialized property access: the accessor the host calls with a client's
+// bytes. It decodes them into the source's record type, calls the source's
+// typed handler and encodes the answer into an array the client hands back
+// with Release.
 #pragma once
 
 #include <cstddef>

@@ -1,5 +1,6 @@
-// Records to bytes and back (Part 4.1): SerializedBuffer, MsgPackEncoder,
-// MsgPackDecoder. Every record is one MessagePack map with string keys.
+// Property records to bytes and back, as clients and upstream streams
+// exchange them: SerializedBuffer, MsgPackEncoder, MsgPackDecoder. Every
+// record travels as one MessagePack map keyed by its field names.
 #pragma once
 
 #ifndef MSGPACK_NO_BOOST
@@ -42,11 +43,14 @@ class SerializedBuffer {
 }  // namespace serialize
 }  // namespace weftcore
 
-// Part 4.1 writes every 32-bit float field as float 32 (0xCA and four bytes,
-// big-endian). msgpack-c 4 packs a whole-valued float (0.0, -0.0, 1.0, 30.0)
-// as an integer instead, which changes the wire form and loses -0.0; this
-// specialization restores float 32 for everything packed into the
-// framework's buffer. It must precede every use of that packer.
+// Every float field travels as float 32 (0xCA and the four IEEE bytes,
+// big-endian), whatever its value: clients read a field by its type, and a
+// calibration's -0.0 must arrive as -0.0. msgpack-c 4 packs a whole-valued
+// float (0.0, -0.0, 1.0, 30.0) as an integer to save bytes, which would change
+// the bytes a client sees and lose the sign of zero. This override
+// writes float 32 for everything packed into the framework's buffer; it has
+// to be seen before the packer is first used, hence here, in the one header
+// every encoder includes.
 template <>
 inline msgpack::v1::packer<weftcore::serialize::SerializedBuffer>&
 msgpack::v1::packer<weftcore::serialize::SerializedBuffer>::pack_float(float d) {
@@ -111,9 +115,10 @@ class MsgPackDecoder {
           msgpack::unpack(data_, size_, current, &ReferenceEverything, nullptr, Limits());
       handle.get().convert(property);
     } catch (const msgpack::insufficient_bytes& e) {
-      // The parser consumed every byte and wanted more. msgpack-c 4 leaves
-      // `current` at the start of the unfinished element; Part 4.1 reports
-      // the end of the input (byte 0x00).
+      // The input ended inside an object. msgpack-c 4 leaves `current` at the
+      // start of the unfinished element; the report names the end of the
+      // input instead (shown as byte 0x00), which is where a client that cut
+      // its buffer short should look.
       return Failure(e, size_);
     } catch (const std::exception& e) {
       return Failure(e, current);
@@ -133,8 +138,11 @@ class MsgPackDecoder {
         .SetBlock("core");
   }
 
-  // No container or payload can be longer than the bytes left, so counts
-  // above that are rejected before anything is allocated for them.
+  // Parser limits. No array, map, string or binary can hold more elements or
+  // bytes than the input has left, so a larger count is refused before
+  // anything is allocated for it: a hostile four-byte header must not make
+  // the process reserve gigabytes. Nesting stops at 64 levels, far deeper
+  // than any record, so that crafted input cannot exhaust the stack.
   msgpack::unpack_limit Limits() const {
     const size_t left = size_ - offset_;
     return msgpack::unpack_limit(left, left, left, left, left, kMaxDepth);

@@ -1,4 +1,5 @@
-// weftcore::Status: the result of every fallible operation (Part 1.1).
+// weftcore::Status: the result of every fallible operation. An OK status is
+// an empty pointer, so passing success around costs nothing.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +13,7 @@
 namespace weftcore {
 
 // Levels and causes are plain 32-bit numbers on the wire of the framework;
-// unscoped enums keep them printable with "%d" and comparable with literals.
+// unscoped enums keep them printable with "%d" and comparable with plain numbers.
 enum Level : int32_t {
   kLevelNone = 0,
   kLevelError = 1,

@@ -1,5 +1,6 @@
-// An upstream stream as a consumer sees it (Part 1.1), with the typed
-// property round trips of Part 4.1.
+// An upstream stream as a consumer sees it: control, frames, serialized
+// properties, and typed GetProperty/SetProperty that encode and decode the
+// records around the serialized calls under the stream's property lock.
 #pragma once
 
 #include <cstddef>

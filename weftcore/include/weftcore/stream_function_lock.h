@@ -1,5 +1,8 @@
-// The per-stream function lock (Part 4.1): serializes the functions of one
-// stream by kind; a thread may re-enter a lock it holds.
+// The per-stream function lock: the functions of one stream run one at a
+// time per kind (control, frames, properties), so a client's property call
+// never races another on the same stream while frames keep flowing. A thread
+// may re-enter a lock it holds, because a handler may call back into its own
+// stream.
 #pragma once
 
 #include <array>

@@ -1,4 +1,5 @@
-// The base of every stream source (Part 1.1), with the framework defaults.
+// The base of every stream source: what the host calls on a source, with the
+// defaults a source inherits for the operations it does not serve.
 #pragma once
 
 #include <cstdint>
@@ -20,29 +21,31 @@ class WEFTCORE_API StreamSource {
   StreamSource(const StreamSource&) = delete;
   StreamSource& operator=(const StreamSource&) = delete;
 
-  virtual void GetFrames(std::vector<FrameInfo>* frames) = 0;                       // 1
+  // Components are built apart from the host and meet it only through this
+  // virtual table: the order of the virtual functions must not change.
+  virtual void GetFrames(std::vector<FrameInfo>* frames) = 0;
   virtual Status ReleaseFrame(const FrameInfo& frameinfo,
-                              const std::vector<uint32_t>* referenced_channel_ids) = 0;  // 2
-  virtual Status Open(Core* core, StreamSourceUtility* util) = 0;                   // 3
+                              const std::vector<uint32_t>* referenced_channel_ids) = 0;
+  virtual Status Open(Core* core, StreamSourceUtility* util) = 0;
   // Default: Status(1, 14, "StreamSource::Open is not implemented."), block "core".
-  virtual Status Open(StreamSourceUtility* util);                                   // 4
-  virtual Status Close() = 0;                                                       // 5
-  virtual Status Start() = 0;                                                       // 6
-  virtual Status Stop() = 0;                                                        // 7
+  virtual Status Open(StreamSourceUtility* util);
+  virtual Status Close() = 0;
+  virtual Status Start() = 0;
+  virtual Status Stop() = 0;
   // Default: does nothing.
-  virtual void CatchErrorSendingFrame(const Status& status);                        // 8
+  virtual void CatchErrorSendingFrame(const Status& status);
   // Default: registers "channel_info_property" then "frame_rate_property",
   // discarding both statuses.
-  virtual void RegisterMandatoryProperties(StreamSourceUtility* util);              // 9
+  virtual void RegisterMandatoryProperties(StreamSourceUtility* util);
   // Default: Status(1, 14, "StreamSource::Get is not implemented."), block "core".
-  virtual Status Get(const std::string& key, ChannelInfoProperty* property);        // 10
+  virtual Status Get(const std::string& key, ChannelInfoProperty* property);
   // Default: Status(1, 10, "not available to set %s", key), block "core".
-  virtual Status Set(const std::string& key, const ChannelInfoProperty* property);  // 11
+  virtual Status Set(const std::string& key, const ChannelInfoProperty* property);
   // Default: Status(1, 14, "StreamSource::Get is not implemented."), block "core".
-  virtual Status Get(const std::string& key, FrameRateProperty* property);          // 12
+  virtual Status Get(const std::string& key, FrameRateProperty* property);
   // Default: Status(1, 10, "not available to set %s", key), block "core".
-  virtual Status Set(const std::string& key, const FrameRateProperty* property);    // 13
-  virtual ~StreamSource();                                                          // 14
+  virtual Status Set(const std::string& key, const FrameRateProperty* property);
+  virtual ~StreamSource();
 };
 
 }  // namespace weftcore

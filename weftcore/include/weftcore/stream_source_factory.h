@@ -1,5 +1,6 @@
-// Component-side factory and component object (Part 1.1), and the two entry
-// points a component library exports (Part 1.2).
+// What a component library gives the host: the component object with its
+// source factory, created and destroyed through the library's two exported,
+// unmangled entry points.
 #pragma once
 
 #include <map>
@@ -24,13 +25,15 @@ class WEFTCORE_API StreamSourceFactory {
   StreamSourceFactory(const StreamSourceFactory&) = delete;
   StreamSourceFactory& operator=(const StreamSourceFactory&) = delete;
 
+  // Shared with components built elsewhere: keep the order of the virtual
+  // functions.
   virtual void GetSupportedList(const ComponentArgument& args,
-                                std::vector<std::pair<std::string, int>>* list) = 0;  // 1
+                                std::vector<std::pair<std::string, int>>* list) = 0;
   virtual Status CreateSource(const std::pair<std::string, int>& type,
-                              StreamSource** source) = 0;                             // 2
+                              StreamSource** source) = 0;
   // Default: destroys a non-null source through its virtual destructor.
-  virtual void ReleaseSource(StreamSource* source);                                   // 3
-  virtual ~StreamSourceFactory();                                                     // 4
+  virtual void ReleaseSource(StreamSource* source);
+  virtual ~StreamSourceFactory();
 };
 
 // The object a component library hands to the host. Owns its factory.

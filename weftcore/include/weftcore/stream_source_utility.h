@@ -1,5 +1,5 @@
-// What a source receives in Open besides the core (Part 1.1): allocator
-// look-up and property registration (Part 4.1).
+// What a source receives in Open besides the core: the host's frame-memory
+// allocators and the registry of the properties the source serves.
 #pragma once
 
 #include <string>

@@ -18,7 +18,7 @@ class ComponentLibrary {
   // creates the component. Errors name the library and dlerror()'s text.
   static Status Load(const std::string& library, const std::vector<std::string>& search_paths,
                      std::unique_ptr<ComponentLibrary>* loaded);
-  // An in-process component (tests, statically linked components).
+  // A component linked into the program instead of loaded from a library.
   static Status FromEntryPoints(const std::string& name, CreateComponentFunction create,
                                 DestroyComponentFunction destroy,
                                 std::unique_ptr<ComponentLibrary>* loaded);

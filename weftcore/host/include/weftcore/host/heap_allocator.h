@@ -1,6 +1,7 @@
-// The default frame-memory allocator of the host substitute, registered under
-// the empty key "". Counts live blocks so that tests can prove every frame's
-// memory came back.
+// The default frame-memory allocator of the host, registered under the empty
+// key "". For people testing a component it counts the blocks still live
+// (every frame's memory must come back) and can be told to refuse the next
+// allocations (the component must turn that into a status, not a crash).
 #pragma once
 
 #include <atomic>
@@ -18,7 +19,8 @@ class HeapAllocator final : public MemoryAllocator {
 
   int64_t LiveCount() const { return live_.load(); }
   int64_t TotalAllocations() const { return total_.load(); }
-  // Test seam: the next `count` Allocate calls fail with cause 6.
+  // The next `count` Allocate calls fail with cause 6, as memory exhaustion
+  // would.
   void FailNextAllocations(int count) { fail_next_.store(count); }
 
  private:

@@ -48,8 +48,8 @@ class HostCore final : public Core {
 
   HeapAllocator& allocator() { return allocator_; }
   int InitializeCount() const;
-  // The source behind an open stream of this core (tests reach the concrete
-  // source through it); null for a stream this core did not open.
+  // The source behind an open stream of this core; null for a stream this
+  // core did not open.
   StreamSource* SourceOf(Stream* stream) const;
   // Keys of the streams open right now, in opening order.
   std::vector<std::string> OpenStreamKeys() const;
