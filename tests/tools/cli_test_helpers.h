@@ -22,11 +22,9 @@ inline std::vector<std::string> SplitLines(const std::string& text) {
   return lines;
 }
 
-// The file through the strict reader; a file zelto-mesh may not write fails the test.
 inline PlyMesh ReadPly(const std::string& path) {
   PlyMesh mesh;
-  std::string error;
-  EXPECT_TRUE(ReadStrictPly(ReadFileBytes(path), &mesh, &error)) << path << ": " << error;
+  EXPECT_TRUE(ReadStrictPly(ReadFileBytes(path), &mesh)) << path << " is not a zelto-mesh PLY";
   return mesh;
 }
 

@@ -13,8 +13,8 @@ struct PlyMesh {
   std::vector<int32_t> triangles;  // three indices per face
 };
 
-// The exact header zelto-mesh writes, every face a triangle of existing
-// vertices, and nothing after the last face; false with `error` otherwise.
-bool ReadStrictPly(const std::string& bytes, PlyMesh* mesh, std::string* error);
+// False unless `bytes` are the one header zelto-mesh writes, then faces that
+// are triangles of existing vertices, and nothing after the last face.
+bool ReadStrictPly(const std::string& bytes, PlyMesh* mesh);
 
 }  // namespace ZeltoCliTest
