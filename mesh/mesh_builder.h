@@ -42,10 +42,6 @@ class MeshBuilder {
   // pointers. A second call frees nothing.
   void ReleaseArrays();
 
-  const MeshFrameData& first() const { return first_.record; }
-  const MeshFrameData& second() const { return second_.record; }
-  int32_t frameCounter() const { return meshFrameCounter; }
-
   // The algorithm configuration. Property handlers write it on client
   // threads while the frame thread reads it, hence atomics and no lock.
   std::atomic<int32_t> meshReductionLevel{0};

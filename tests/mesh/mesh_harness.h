@@ -1,71 +1,108 @@
-// One MeshBuilder with the source members Fill takes, and point clouds made
-// from depth images.
+// One MeshBuilder with the lock and flags its source passes in, a frame-memory
+// allocator that can fail in every way a host's can, and the delivered mesh
+// read back in the flat layout whichever layout was delivered.
 #pragma once
 
 #include <atomic>
-#include <cstdint>
 #include <cstring>
 #include <mutex>
 #include <vector>
 
 #include "mesh/mesh_builder.h"
-#include "test_allocator.h"
-#include "weftcore/frame_info.h"
+#include "support/bytes.h"
 
 namespace ZeltoTest {
 
-struct Intrinsics {
-  float fx = 2.0f;
-  float fy = 4.0f;
-  float cx = 1.5f;
-  float cy = 1.0f;
+using zelto_test::Bytes;
+
+class TestAllocator final : public weftcore::MemoryAllocator {
+ public:
+  struct Block final : weftcore::Memory {
+    Block(uint64_t size, uint64_t offset, bool null) : bytes(size + offset), offset(offset), null(null) {}
+    void* GetAddress() override { return null ? nullptr : bytes.data() + offset; }
+    uint64_t GetSize() override { return bytes.size() - offset; }
+    std::vector<unsigned char> bytes;
+    uint64_t offset;
+    bool null;
+  };
+  weftcore::Status Allocate(uint64_t size, weftcore::Memory** memory) override {
+    ++allocations;
+    if (failWith.IsError() || noBlock) return failWith;
+    *memory = new Block(size > shortBy ? size - shortBy : 0, misalignment, nullAddress);
+    ++live;
+    return weftcore::Status();
+  }
+  weftcore::Status Free(weftcore::Memory* memory) override {
+    delete memory;
+    --live;
+    return weftcore::Status();
+  }
+  weftcore::Status failWith;  // Allocate's status when an error
+  bool noBlock = false;       // an OK status without a block
+  bool nullAddress = false;   // blocks whose address is null
+  uint64_t shortBy = 0;       // blocks this many bytes smaller than asked
+  uint64_t misalignment = 0;  // addresses this many bytes past a malloc'd one
+  int64_t live = 0;
+  int64_t allocations = 0;
 };
 
-// x and y get values the builder must ignore.
-inline std::vector<int16_t> PointCloud(const std::vector<int16_t>& depthRowMajor) {
-  std::vector<int16_t> points;
-  for (int16_t d : depthRowMajor) {
-    points.push_back(int16_t{-12345});
-    points.push_back(int16_t{23456});
-    points.push_back(d);
-  }
-  return points;
+// A field of delivered bytes; a reference-layout frame's arrays are read through its addresses.
+template <typename T>
+T FieldOf(const Bytes& bytes, size_t offset) {
+  T value;
+  std::memcpy(&value, bytes.data() + offset, sizeof value);
+  return value;
+}
+inline const float* VerticesOf(const Bytes& reference) { return FieldOf<const float*>(reference, 4); }
+inline const int32_t* TrianglesOf(const Bytes& reference) { return FieldOf<const int32_t*>(reference, 16); }
+inline Bytes FlatOf(const Bytes& reference) {
+  const auto* vertices = reinterpret_cast<const uint8_t*>(VerticesOf(reference));
+  const auto* triangles = reinterpret_cast<const uint8_t*>(TrianglesOf(reference));
+  return zelto_test::Cat({Bytes(reference.begin(), reference.begin() + 4),
+                          Bytes(vertices, vertices + 12 * size_t(FieldOf<int32_t>(reference, 0))),
+                          Bytes(reference.begin() + 12, reference.begin() + 16),
+                          Bytes(triangles, triangles + 12 * size_t(FieldOf<int32_t>(reference, 12))),
+                          Bytes{reference.at(24)}});
 }
 
+// Depths in millimetres, row-major; x and y get values the builder must ignore.
+inline std::vector<int16_t> PointCloud(const std::vector<int16_t>& depths) {
+  std::vector<int16_t> points;
+  for (int16_t d : depths) points.insert(points.end(), {-12345, 23456, d});
+  return points;
+}
 inline std::vector<int16_t> ConstantPointCloud(int32_t width, int32_t height, int16_t depth) {
-  return PointCloud(std::vector<int16_t>(static_cast<size_t>(width) * height, depth));
+  return PointCloud(std::vector<int16_t>(size_t(width) * size_t(height), depth));
 }
 
 struct FillResult {
   weftcore::Status status;
   size_t channelCount = 0;
-  weftcore::ChannelRawData channel;  // memory already handed back
-  std::vector<uint8_t> bytes;        // the channel's data
+  weftcore::ChannelRawData channel;  // its memory already handed back
+  Bytes bytes;                       // as delivered
+  Bytes flat;                        // the same mesh in the flat layout
 };
 
-class MeshHarness {
- public:
-  MeshHarness() = default;
+struct MeshHarness {
   ~MeshHarness() { builder.ReleaseArrays(); }
-
-  FillResult Fill(const std::vector<int16_t>& points, int32_t width, int32_t height,
-                  Intrinsics k = {}) {
-    return FillFrom(points.data(), width, height, k);
-  }
-
-  FillResult FillFrom(const int16_t* points, int32_t width, int32_t height, Intrinsics k = {}) {
+  FillResult Fill(const int16_t* points, int32_t width, int32_t height) {
     weftcore::FrameInfo frame;
     FillResult result;
-    result.status = builder.Fill(&frame, &allocator, points, width, height, k.fx, k.fy, k.cx,
-                                 k.cy, flagsMutex, flatRawData, frameRate30);
+    const ZeltoMesh::PinholeIntrinsics& k = intrinsics;
+    result.status = builder.Fill(&frame, &allocator, points, width, height, k.fx, k.fy, k.cx, k.cy,
+                                 flagsMutex, flatRawData, frameRate30);
     result.channelCount = frame.channels.size();
-    if (result.channelCount == 1) {
-      result.channel = frame.channels[0];
-      const auto* data = static_cast<const uint8_t*>(result.channel.memory->GetAddress());
-      result.bytes.assign(data, data + result.channel.size);
-      allocator.Free(result.channel.memory);
-    }
+    if (result.channelCount != 1) return result;
+    result.channel = frame.channels[0];
+    const auto* data = static_cast<const uint8_t*>(result.channel.memory->GetAddress());
+    result.bytes.assign(data, data + result.channel.size);
+    allocator.Free(result.channel.memory);
+    result.flat = flatRawData || frameRate30 ? result.bytes : FlatOf(result.bytes);
     return result;
+  }
+  int NextResetFlag() {  // of a 2 x 2 frame; -1 when it fails
+    const FillResult next = Fill(ConstantPointCloud(2, 2, 1000).data(), 2, 2);
+    return next.flat.empty() ? -1 : next.flat.back();
   }
 
   ZeltoMesh::MeshBuilder builder;
@@ -73,34 +110,7 @@ class MeshHarness {
   std::mutex flagsMutex;
   std::atomic<bool> frameRate30{false};
   bool flatRawData = false;
+  ZeltoMesh::PinholeIntrinsics intrinsics{2.0f, 4.0f, 1.5f, 1.0f};
 };
-
-// The 28 bytes of the reference layout for `record`.
-inline std::vector<uint8_t> ReferenceBytes(const ZeltoMesh::MeshFrameData& record) {
-  std::vector<uint8_t> bytes;
-  const auto push = [&bytes](uint64_t value, int count) {
-    for (int i = 0; i < count; ++i) bytes.push_back(static_cast<uint8_t>(value >> (8 * i)));
-  };
-  push(static_cast<uint32_t>(record.vertexCount), 4);
-  push(reinterpret_cast<uintptr_t>(record.vertices), 8);
-  push(static_cast<uint32_t>(record.triangleCount), 4);
-  push(reinterpret_cast<uintptr_t>(record.triangles), 8);
-  push(record.resetTriangle, 1);
-  push(0, 3);
-  return bytes;
-}
-
-// The record's array addresses by value: its pointer fields are packed to
-// 4 bytes, so a reference to them (as EXPECT_EQ binds) would be misaligned.
-inline const float* VerticesOf(const ZeltoMesh::MeshFrameData& record) { return record.vertices; }
-inline const int32_t* TrianglesOf(const ZeltoMesh::MeshFrameData& record) {
-  return record.triangles;
-}
-
-inline uint32_t FloatBits(float value) {
-  uint32_t bits;
-  std::memcpy(&bits, &value, sizeof bits);
-  return bits;
-}
 
 }  // namespace ZeltoTest

@@ -1,214 +1,99 @@
-// Part 2.1, steps 4 to 10: the exact bytes of both layouts for a 4 x 3
-// image, written out by hand (float bit patterns computed once from the
-// formula of step 4 in single precision).
+// The exact bytes both mesh layouts deliver for a 4 x 3 image, written out by
+// hand (float bit patterns computed once in single precision), and the
+// channel record that carries them.
 #include <gtest/gtest.h>
 
-#include <cstdint>
+#include <cmath>
 #include <vector>
 
-#include "le_bytes.h"
 #include "mesh_harness.h"
 
 namespace ZeltoTest {
 namespace {
 
-// Depth in millimetres; 0 and 9 become 32001, 10 is kept.
-//   row 0: 1000 2000    0 1000
-//   row 1: 2000 1000 1000    9
-//   row 2:   10 1000 2000 1000
-const std::vector<int16_t> kDepth4x3 = {1000, 2000, 0,    1000, 2000, 1000,
-                                        1000, 9,    10,   1000, 2000, 1000};
-// fx 2, fy 4, cx 1.5, cy 1.
-const Intrinsics kIntrinsics{2.0f, 4.0f, 1.5f, 1.0f};
+constexpr uint32_t kNan = 0x7FC00000;  // any NaN: which one the hardware makes is not portable
 
-// x, y, z of the twelve vertices at level 0, row by row.
-LeBytes& Level0Vertices(LeBytes& bytes) {
-  return bytes
-      .F32Bits({0xBF400000, 0xBE800000, 0x3F800000})   // u0 v0: -0.75 -0.25 1
-      .F32Bits({0xBF000000, 0xBF000000, 0x40000000})   // u1 v0: -0.5 -0.5 2
-      .F32Bits({0x41000106, 0xC1000106, 0x42000106})   // u2 v0 depth 0: 8.00025 -8.00025 32.001
-      .F32Bits({0x3F400000, 0xBE800000, 0x3F800000})   // u3 v0: 0.75 -0.25 1
-      .F32Bits({0xBFC00000, 0x00000000, 0x40000000})   // u0 v1: -1.5 0 2
-      .F32Bits({0xBE800000, 0x00000000, 0x3F800000})   // u1 v1: -0.25 0 1
-      .F32Bits({0x3E800000, 0x00000000, 0x3F800000})   // u2 v1: 0.25 0 1
-      .F32Bits({0x41C00189, 0x00000000, 0x42000106})   // u3 v1 depth 9: 24.00075 0 32.001
-      .F32Bits({0xBBF5C28F, 0x3B23D70A, 0x3C23D70A})   // u0 v2 depth 10: -0.0075 0.0025 0.01
-      .F32Bits({0xBE800000, 0x3E800000, 0x3F800000})   // u1 v2: -0.25 0.25 1
-      .F32Bits({0x3F000000, 0x3F000000, 0x40000000})   // u2 v2: 0.5 0.5 2
-      .F32Bits({0x3F400000, 0x3E800000, 0x3F800000});  // u3 v2: 0.75 0.25 1
-}
-
-// Level 1 samples u 0, 2 and v 0, 2: a 2 x 2 grid.
-LeBytes& Level1Vertices(LeBytes& bytes) {
-  return bytes
-      .F32Bits({0xBF400000, 0xBE800000, 0x3F800000})   // u0 v0
-      .F32Bits({0x41000106, 0xC1000106, 0x42000106})   // u2 v0 (depth 0)
-      .F32Bits({0xBBF5C28F, 0x3B23D70A, 0x3C23D70A})   // u0 v2 (depth 10)
-      .F32Bits({0x3F000000, 0x3F000000, 0x40000000});  // u2 v2
-}
-
-// The six cells of the 4 x 3 grid (nx 4), default split b, b+1, b+4, b+1, b+5, b+4.
-LeBytes& Level0DefaultSplit(LeBytes& bytes) {
-  return bytes.I32s({0, 1, 4, 1, 5, 4})
-      .I32s({1, 2, 5, 2, 6, 5})
-      .I32s({2, 3, 6, 3, 7, 6})
-      .I32s({4, 5, 8, 5, 9, 8})
-      .I32s({5, 6, 9, 6, 10, 9})
-      .I32s({6, 7, 10, 7, 11, 10});
-}
-
-// Reset frame: cells (0, 1) and (1, 2) have dA = 1 and dB of 31.001 and
-// 30.001 m: other diagonal b, b+1, b+5, b, b+5, b+4. Cell (1, 0) has dA 1 and
-// dB 0.99: neither exceeds the other by 0.05, unchanged. The rest have
-// dA >= dB: default.
-LeBytes& Level0RefittedSplit(LeBytes& bytes) {
-  return bytes.I32s({0, 1, 4, 1, 5, 4})
-      .I32s({1, 2, 6, 1, 6, 5})
-      .I32s({2, 3, 6, 3, 7, 6})
-      .I32s({4, 5, 8, 5, 9, 8})
-      .I32s({5, 6, 9, 6, 10, 9})
-      .I32s({6, 7, 11, 6, 11, 10});
-}
-
-FillResult FillOnce(MeshHarness& harness, int32_t level, int32_t period, bool flat,
-                    const Intrinsics& k = kIntrinsics) {
-  harness.builder.meshReductionLevel = level;
-  harness.builder.resetTrianglePeriod = period;
-  harness.flatRawData = flat;
-  return harness.Fill(PointCloud(kDepth4x3), 4, 3, k);
-}
-
-constexpr int32_t kNeverReset = 0;
-constexpr int32_t kAlwaysReset = 1;
-
-TEST(MeshLayoutBytes, FlatLevel0NonResetFrame) {
-  MeshHarness harness;
-  const FillResult result = FillOnce(harness, 0, kNeverReset, true);
-  ASSERT_TRUE(result.status.ok()) << result.status.message();
-  LeBytes expected;
-  expected.I32(12);
-  Level0Vertices(expected).I32(12);
-  Level0DefaultSplit(expected).U8(0);
-  ASSERT_EQ(expected.size(), 297u);  // 12 x 12 + 12 x 12 + 9
-  EXPECT_EQ(result.bytes, expected.bytes());
-}
-
-TEST(MeshLayoutBytes, FlatLevel0ResetFrame) {
-  MeshHarness harness;
-  const FillResult result = FillOnce(harness, 0, kAlwaysReset, true);
-  ASSERT_TRUE(result.status.ok()) << result.status.message();
-  LeBytes expected;
-  expected.I32(12);
-  Level0Vertices(expected).I32(12);
-  Level0RefittedSplit(expected).U8(1);
-  EXPECT_EQ(result.bytes, expected.bytes());
-}
-
-TEST(MeshLayoutBytes, FlatLevel1NonResetFrame) {
-  MeshHarness harness;
-  const FillResult result = FillOnce(harness, 1, kNeverReset, true);
-  ASSERT_TRUE(result.status.ok()) << result.status.message();
-  LeBytes expected;
-  expected.I32(4);
-  Level1Vertices(expected).I32(2).I32s({0, 1, 2, 1, 3, 2}).U8(0);
-  ASSERT_EQ(expected.size(), 81u);  // 12 x 4 + 12 x 2 + 9
-  EXPECT_EQ(result.bytes, expected.bytes());
-}
-
-TEST(MeshLayoutBytes, FlatLevel1ResetFrame) {
-  MeshHarness harness;
-  const FillResult result = FillOnce(harness, 1, kAlwaysReset, true);
-  ASSERT_TRUE(result.status.ok()) << result.status.message();
-  // dA = |1 - 2| = 1, dB = |32.001 - 0.01| = 31.991: the other diagonal.
-  LeBytes expected;
-  expected.I32(4);
-  Level1Vertices(expected).I32(2).I32s({0, 1, 3, 0, 3, 2}).U8(1);
-  EXPECT_EQ(result.bytes, expected.bytes());
-}
-
-TEST(MeshLayoutBytes, ReferenceLevel0NonResetFrame) {
-  MeshHarness harness;
-  const FillResult result = FillOnce(harness, 0, kNeverReset, false);
-  ASSERT_TRUE(result.status.ok()) << result.status.message();
-  const ZeltoMesh::MeshFrameData& record = harness.builder.first();
-  LeBytes expected;
-  expected.I32(12)
-      .U64(reinterpret_cast<uintptr_t>(record.vertices))
-      .I32(12)
-      .U64(reinterpret_cast<uintptr_t>(record.triangles))
-      .U8(0)
-      .U8(0)
-      .U8(0)
-      .U8(0);
-  EXPECT_EQ(result.bytes, expected.bytes());
-  LeBytes vertices;
-  Level0Vertices(vertices);
-  EXPECT_EQ(0, std::memcmp(record.vertices, vertices.bytes().data(), vertices.size()));
-  LeBytes triangles;
-  Level0DefaultSplit(triangles);
-  EXPECT_EQ(0, std::memcmp(record.triangles, triangles.bytes().data(), triangles.size()));
-}
-
-TEST(MeshLayoutBytes, ReferenceLevel1ResetFrame) {
-  MeshHarness harness;
-  const FillResult result = FillOnce(harness, 1, kAlwaysReset, false);
-  ASSERT_TRUE(result.status.ok()) << result.status.message();
-  const ZeltoMesh::MeshFrameData& record = harness.builder.first();
-  LeBytes expected;
-  expected.I32(4)
-      .U64(reinterpret_cast<uintptr_t>(record.vertices))
-      .I32(2)
-      .U64(reinterpret_cast<uintptr_t>(record.triangles))
-      .U8(1)
-      .U8(0)
-      .U8(0)
-      .U8(0);
-  EXPECT_EQ(result.bytes, expected.bytes());
-  LeBytes vertices;
-  Level1Vertices(vertices);
-  EXPECT_EQ(0, std::memcmp(record.vertices, vertices.bytes().data(), vertices.size()));
-  const std::vector<int32_t> triangles(record.triangles, record.triangles + 6);
-  EXPECT_EQ(triangles, (std::vector<int32_t>{0, 1, 3, 0, 3, 2}));
-}
-
-// fx = 0 makes z / fx infinite: x is -inf left of cx, +inf right of it and
-// NaN (0 x inf) in the column u = cx = 1. Which NaN the hardware makes is not
-// portable (x86-64 and arm64 differ), so those four bytes are checked for
-// being a NaN; every other byte is exact.
-TEST(MeshLayoutBytes, FlatLevel0ZeroFocalLengthGivesInfinityAndNan) {
-  MeshHarness harness;
-  const Intrinsics k{0.0f, 4.0f, 1.0f, 1.0f};
-  const FillResult result = FillOnce(harness, 0, kAlwaysReset, true, k);
-  ASSERT_TRUE(result.status.ok()) << result.status.message();
-  constexpr uint32_t kNan = 0x7FC00000;  // placeholder, compared as "is NaN"
-  LeBytes expected;
-  expected.I32(12)
-      .F32Bits({0xFF800000, 0xBE800000, 0x3F800000})  // u0 v0
-      .F32Bits({kNan, 0xBF000000, 0x40000000})        // u1 v0
-      .F32Bits({0x7F800000, 0xC1000106, 0x42000106})  // u2 v0
-      .F32Bits({0x7F800000, 0xBE800000, 0x3F800000})  // u3 v0
-      .F32Bits({0xFF800000, 0x00000000, 0x40000000})  // u0 v1
-      .F32Bits({kNan, 0x00000000, 0x3F800000})        // u1 v1
-      .F32Bits({0x7F800000, 0x00000000, 0x3F800000})  // u2 v1
-      .F32Bits({0x7F800000, 0x00000000, 0x42000106})  // u3 v1
-      .F32Bits({0xFF800000, 0x3B23D70A, 0x3C23D70A})  // u0 v2
-      .F32Bits({kNan, 0x3E800000, 0x3F800000})        // u1 v2
-      .F32Bits({0x7F800000, 0x3F000000, 0x40000000})  // u2 v2
-      .F32Bits({0x7F800000, 0x3E800000, 0x3F800000})  // u3 v2
-      .I32(12);
-  // The depths, not x, decide the split: the same cells as with fx 2.
-  Level0RefittedSplit(expected).U8(1);
-  ASSERT_EQ(result.bytes.size(), expected.size());
-  const std::vector<size_t> nanOffsets = {4 + 12 * 1, 4 + 12 * 5, 4 + 12 * 9};
-  std::vector<uint8_t> actual = result.bytes;
-  for (size_t offset : nanOffsets) {
-    uint32_t bits = 0;
-    std::memcpy(&bits, actual.data() + offset, sizeof bits);
-    EXPECT_EQ(bits & 0x7F800000u, 0x7F800000u) << "offset " << offset;
-    EXPECT_NE(bits & 0x007FFFFFu, 0u) << "offset " << offset;
-    std::memcpy(actual.data() + offset, &kNan, sizeof kNan);
+// x, y, z of the 4 x 3 vertices at level 0 with fx 2, fy 4, cx 1.5, cy 1. With fx 0 (and
+// cx 1) z / fx is infinite: x is -inf left of u = 1, NaN (0 x inf) at it, +inf right of it.
+std::vector<uint32_t> VertexBits(bool zeroFx, std::vector<int> vertices) {
+  const uint32_t level0[12][3] = {
+      {0xBF400000, 0xBE800000, 0x3F800000}, {0xBF000000, 0xBF000000, 0x40000000},  // -.75 -.25 1
+      {0x41000106, 0xC1000106, 0x42000106}, {0x3F400000, 0xBE800000, 0x3F800000},  // depth 0: 32.001
+      {0xBFC00000, 0x00000000, 0x40000000}, {0xBE800000, 0x00000000, 0x3F800000},
+      {0x3E800000, 0x00000000, 0x3F800000}, {0x41C00189, 0x00000000, 0x42000106},  // depth 9: 32.001
+      {0xBBF5C28F, 0x3B23D70A, 0x3C23D70A}, {0xBE800000, 0x3E800000, 0x3F800000},  // depth 10: .01
+      {0x3F000000, 0x3F000000, 0x40000000}, {0x3F400000, 0x3E800000, 0x3F800000}};
+  std::vector<uint32_t> bits;
+  for (int n : vertices) {
+    const uint32_t x = n % 4 == 0 ? 0xFF800000 : n % 4 == 1 ? kNan : 0x7F800000;
+    bits.insert(bits.end(), {zeroFx ? x : level0[n][0], level0[n][1], level0[n][2]});
   }
-  EXPECT_EQ(actual, expected.bytes());
+  return bits;
+}
+const std::vector<int> kLevel0 = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11};
+const std::vector<int> kLevel1 = {0, 2, 8, 10};  // u 0, 2 of rows 0 and 2
+// Six cells of nx 4, each b, b+1, b+4, b+1, b+5, b+4.
+const std::vector<int32_t> kDefault = {0, 1, 4, 1, 5, 4, 1, 2, 5, 2, 6, 5, 2,  3,  6, 3, 7,  6,
+                                       4, 5, 8, 5, 9, 8, 5, 6, 9, 6, 10, 9, 6, 7, 10, 7, 11, 10};
+// Reset: cells (0, 1) and (1, 2) have dA 1 against dB 31.001 and 30.001 m, the other diagonal
+// b, b+1, b+5, b, b+5, b+4. Cell (1, 0): dA 1, dB 0.99, within 0.05: default. Others dA >= dB.
+const std::vector<int32_t> kRefitted = {0, 1, 4, 1, 5, 4, 1, 2, 6, 1, 6, 5, 2,  3,  6, 3, 7,  6,
+                                        4, 5, 8, 5, 9, 8, 5, 6, 9, 6, 10, 9, 6, 7, 11, 6, 11, 10};
+
+TEST(MeshLayout, DeliversTheExactBytesOfBothLayouts) {
+  struct Case {
+    const char* name;
+    int32_t level;
+    bool reset;
+    bool flat;
+    bool frameRate30;  // chooses the flat layout on its own
+    bool zeroFx;
+    std::vector<int32_t> indices;
+  };
+  const Case cases[] = {
+      {"flat, level 0, not reset", 0, false, true, false, false, kDefault},
+      {"flat, level 0, reset", 0, true, true, false, false, kRefitted},
+      {"flat at 30 fps, level 1, not reset", 1, false, false, true, false, {0, 1, 2, 1, 3, 2}},
+      {"flat, level 1, reset: dA 1, dB 31.991", 1, true, true, false, false, {0, 1, 3, 0, 3, 2}},
+      {"reference, level 0, not reset", 0, false, false, false, false, kDefault},
+      {"reference, level 1, reset", 1, true, false, false, false, {0, 1, 3, 0, 3, 2}},
+      {"flat, fx 0: the depths still decide the split", 0, true, true, false, true, kRefitted},
+  };
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.name);
+    MeshHarness harness;
+    harness.builder.meshReductionLevel = row.level;
+    harness.builder.resetTrianglePeriod = row.reset ? 1 : 0;
+    harness.flatRawData = row.flat;
+    harness.frameRate30 = row.frameRate30;
+    if (row.zeroFx) harness.intrinsics = {0.0f, 4.0f, 1.0f, 1.0f};
+    const std::vector<int16_t> points =  // millimetres; 0 and 9 become 32001, 10 is kept
+        PointCloud({1000, 2000, 0, 1000, 2000, 1000, 1000, 9, 10, 1000, 2000, 1000});
+    FillResult result = harness.Fill(points.data(), 4, 3);
+    ASSERT_TRUE(result.status.ok()) << result.status.message();
+    ASSERT_EQ(result.channelCount, 1u);
+    EXPECT_EQ(result.channel.channelId, 0u);
+    EXPECT_EQ(result.channel.offset, 0u);
+    EXPECT_EQ(result.channel.type, "kRawDataTypeMesh");
+    EXPECT_EQ(result.channel.capturedTimestamp, 0u);
+    EXPECT_EQ(harness.allocator.live, 0);
+
+    const std::vector<uint32_t> vertices = VertexBits(row.zeroFx, row.level == 0 ? kLevel0 : kLevel1);
+    ASSERT_GE(result.flat.size(), 4 * vertices.size() + 4);
+    zelto_test::LeBytes expected;
+    expected.I32(static_cast<int32_t>(vertices.size() / 3));
+    for (size_t i = 0; i < vertices.size(); ++i) {
+      expected.U32(vertices[i]);
+      if (std::isnan(FieldOf<float>(result.flat, 4 + 4 * i))) std::memcpy(&result.flat[4 + 4 * i], &kNan, 4);
+    }
+    expected.I32(static_cast<int32_t>(row.indices.size() / 3));
+    for (int32_t index : row.indices) expected.I32(index);
+    EXPECT_EQ(zelto_test::Hex(result.flat), zelto_test::Hex(expected.U8(row.reset).bytes()));
+    if (!row.flat && !row.frameRate30) {  // the record: counts, addresses, reset flag, padding
+      ASSERT_EQ(result.bytes.size(), 28u);
+      EXPECT_EQ(Bytes(result.bytes.begin() + 25, result.bytes.end()), Bytes(3, 0));
+    }
+  }
 }
 
 }  // namespace

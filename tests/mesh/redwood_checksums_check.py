@@ -1,68 +1,78 @@
 #!/usr/bin/env python3
-"""Recomputes kRedwoodFrame0Flat*Fnv1a64 (tests/support/redwood_checksums.h)
-without the C++ code: run `python3 tests/mesh/redwood_checksums_check.py` (about 10 s)."""
-# PNG decoded with zlib, the conversion rule of tests/support/redwood_frame.h,
-# and Part 2.1 with float32 arithmetic emulated through struct.
-import math, os, struct, zlib
-data = open(os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..', 'examples', 'redwood', 'depth', '00000.png'), 'rb').read()
-assert data[:8] == b'\x89PNG\r\n\x1a\n'
-pos = 8; idat = b''
-while pos < len(data):
-    n, = struct.unpack('>I', data[pos:pos+4]); t = data[pos+4:pos+8]; body = data[pos+8:pos+8+n]; pos += 12+n
-    if t == b'IHDR': w,h,bd,ct,cm,fm,il = struct.unpack('>IIBBBBB', body)
-    if t == b'IDAT': idat += body
-assert (bd, ct, il) == (16, 0, 0), (bd, ct, il)
-raw = zlib.decompress(idat); bpp = 2; stride = w*2
-rows = []; prev = bytearray(stride); p = 0
-for y in range(h):
-    f = raw[p]; line = bytearray(raw[p+1:p+1+stride]); p += 1+stride
-    for i in range(stride):
-        a = line[i-bpp] if i >= bpp else 0; b = prev[i]; c = prev[i-bpp] if i >= bpp else 0
-        if f == 1: line[i] = (line[i] + a) & 255
-        elif f == 2: line[i] = (line[i] + b) & 255
-        elif f == 3: line[i] = (line[i] + (a+b)//2) & 255
-        elif f == 4:
-            pp = a+b-c; pa, pb, pc = abs(pp-a), abs(pp-b), abs(pp-c)
-            pr = a if pa <= pb and pa <= pc else (b if pb <= pc else c)
-            line[i] = (line[i] + pr) & 255
-    rows.append(bytes(line)); prev = line
-def rnd(x): return math.floor(abs(x)+0.5)*(1 if x >= 0 else -1)
-Z = []
-for y in range(h):
-    for x in range(w):
-        val = (rows[y][2*x] << 8) | rows[y][2*x+1]
-        Z.append(min(max(rnd(val*1000.0/1000.0), 0), 32767))
-fx = fy = 525.0; cx = 319.5; cy = 239.5
-F = struct.Struct('<f')
-def f32(x): return F.unpack(F.pack(x))[0]
-verts = bytearray(); zs = []
-for v in range(h):
-    vo = f32(v - cy)
-    for u in range(w):
-        d = Z[v*w+u]
-        if d < 10: d = 32001
-        z = float(d)
-        x = f32(f32(f32(u - cx) * f32(z / fx)) / 1000.0)
-        yy = f32(f32(vo * f32(z / fy)) / 1000.0)
-        zz = f32(z / 1000.0); zs.append(zz)
-        verts += struct.pack('<fff', x, yy, zz)
-nx, ny = w, h; V = nx*ny; T = 2*(nx-1)*(ny-1)
-def tris(reset):
-    out = []
-    for j in range(ny-1):
-        for i in range(nx-1):
-            b = j*nx+i
-            cell = [b, b+1, b+nx, b+1, b+nx+1, b+nx]
-            if reset:
-                dA = f32(abs(f32(zs[b] - zs[b+nx+1]))); dB = f32(abs(f32(zs[b+1] - zs[b+nx])))
-                if dA > f32(dB + f32(0.05)): pass
-                elif f32(dA + f32(0.05)) < dB: cell = [b, b+1, b+nx+1, b, b+nx+1, b+nx]
-            out.extend(cell)
-    return struct.pack('<%di' % len(out), *out)
-def fnv(bs):
-    hsh = 14695981039346656037
-    for c in bs: hsh = ((hsh ^ c) * 1099511628211) & 0xFFFFFFFFFFFFFFFF
-    return hsh
-for reset in (1, 0):
-    flat = struct.pack('<i', V) + bytes(verts) + struct.pack('<i', T) + tris(reset) + bytes([reset])
-    print('reset' if reset else 'non-reset', len(flat), hex(fnv(flat)))
+"""The flat mesh layout of the redwood depth frames computed without the C++ code,
+against the CRC-32s pinned in tests/support/redwood_checksums.h (whose frame-0 FNV pins
+the C++ model test ties to the same bytes): PNG decoded with zlib, the point-cloud rule
+of tests/support/redwood_frame.h, numpy float32 with one rounding per operation (numpy
+never fuses a multiply and an add). Exits 1 on a mismatch; --print prints the rows."""
+import os, re, struct, sys, zlib
+import numpy as np
+
+ROOT, F32 = os.path.join(os.path.dirname(os.path.abspath(__file__)), '..', '..'), np.float32
+
+
+def depth_millimetres(index):
+    data = open(os.path.join(ROOT, 'examples/redwood/depth/%05d.png' % index), 'rb').read()
+    pos, idat = 8, b''
+    while pos < len(data):
+        size, kind = struct.unpack('>I4s', data[pos:pos + 8])
+        if kind == b'IHDR':
+            width, height, bits, colour, _, _, interlace = struct.unpack('>IIBBBBB', data[pos + 8:pos + 21])
+            assert (bits, colour, interlace) == (16, 0, 0)
+        idat += data[pos + 8:pos + 8 + size] if kind == b'IDAT' else b''
+        pos += 12 + size
+    raw = np.frombuffer(zlib.decompress(idat), np.uint8).reshape(height, 1 + 2 * width)
+    rows, prior = np.zeros((height, 2 * width), np.uint8), np.zeros(2 * width, np.uint8)
+    for y in range(height):
+        kind, line = raw[y, 0], raw[y, 1:].copy()
+        if kind == 1:  # each byte plus the same byte of the sample to its left, mod 256
+            line = np.cumsum(line.reshape(width, 2), axis=0, dtype=np.uint8).reshape(-1)
+        elif kind == 2:
+            line += prior
+        elif kind in (3, 4):
+            cur, up = line.tolist(), prior.tolist()
+            for i in range(len(cur)):
+                a, b, c = (cur[i - 2], up[i], up[i - 2]) if i >= 2 else (0, up[i], 0)
+                pa, pb, pc = abs(b - c), abs(a - c), abs(a + b - 2 * c)
+                paeth = a if pa <= pb and pa <= pc else b if pb <= pc else c
+                cur[i] = (cur[i] + ((a + b) // 2 if kind == 3 else paeth)) & 255
+            line = np.array(cur, np.uint8)
+        rows[y], prior = line, line
+    return np.minimum((rows[:, 0::2].astype(np.int32) << 8) | rows[:, 1::2], 32767)
+
+
+def flat_mesh(depth, level, reset):
+    step = level + 1
+    z = depth[::step, ::step]
+    ny, nx = z.shape
+    z = np.where(z < 10, 32001, z).astype(F32)
+    u, v = (np.arange(nx) * step).astype(F32)[None, :], (np.arange(ny) * step).astype(F32)[:, None]
+    x, y, zm = ((u - F32(319.5)) * (z / F32(525))) / F32(1000), ((v - F32(239.5)) * (z / F32(525))) / F32(1000), z / F32(1000)
+    b = (np.arange(ny - 1)[:, None] * nx + np.arange(nx - 1)[None, :]).astype(np.int32)
+    cells = np.stack([b, b + 1, b + nx, b + 1, b + nx + 1, b + nx], axis=-1)
+    if reset:
+        dA, dB = np.abs(zm[:-1, :-1] - zm[1:, 1:]), np.abs(zm[:-1, 1:] - zm[1:, :-1])
+        other = ~(dA > dB + F32(0.05)) & (dA + F32(0.05) < dB)
+        cells[..., 2], cells[..., 3] = np.where(other, b + nx + 1, b + nx), np.where(other, b, b + 1)
+    return (struct.pack('<i', nx * ny) + np.stack([x, y, zm], axis=-1).astype('<f4').tobytes()
+            + struct.pack('<i', cells.size // 3) + cells.astype('<i4').tobytes() + bytes([reset]))
+
+
+def main():
+    text = open(os.path.join(ROOT, 'tests/support/redwood_checksums.h')).read()
+    pinned = {(int(f), int(l), r == 'true'): int(c, 16)
+              for f, l, r, c in re.findall(r'\{(\d), (\d), (true|false), (0x[0-9a-f]{8})u\}', text)}
+    computed = {(frame, level, reset): zlib.crc32(flat_mesh(depth, level, reset))
+                for frame, depth in enumerate(map(depth_millimetres, range(5)))
+                for level in (0, 2, 5) for reset in (False, True)}
+    if '--print' in sys.argv:
+        print('\n'.join('{%d, %d, %s, 0x%08xu},' % (f, l, str(r).lower(), c) for (f, l, r), c in sorted(computed.items())))
+        return 0
+    failures = ['frame %d level %d reset %s: pinned %s, computed 0x%08x' % (*key, pinned.get(key), crc)
+                for key, crc in sorted(computed.items()) if pinned.get(key) != crc]
+    failures += ['%d rows pinned, %d computed' % (len(pinned), len(computed))] * (len(pinned) != len(computed))
+    print('\n'.join(failures) or 'all %d pinned meshes agree' % len(computed))
+    return 1 if failures else 0
+
+
+if __name__ == '__main__':
+    sys.exit(main())

@@ -1,37 +1,48 @@
-// FNV-1a 64-bit checksums of the flat layout (Part 2.1) of the first redwood
-// depth frame (examples/redwood/depth/00000.png, converted by
-// support/redwood_frame.h) at reduction level 0, for every suite that
-// produces that mesh: the builder's unit tests, the simulator and the
-// command-line tool's end-to-end test.
+// Checksums of the flat mesh layout of the real frames in examples/redwood,
+// shared by every suite that meshes them (builder, simulator, command-line
+// tool) and recomputed without the C++ code by tests/mesh/redwood_checksums_check.py.
 #pragma once
+
+#include <zlib.h>
 
 #include <cstddef>
 #include <cstdint>
 
 namespace ZeltoTest {
 
-constexpr uint64_t kFnv1a64Offset = 14695981039346656037ull;
-constexpr uint64_t kFnv1a64Prime = 1099511628211ull;
-
 inline uint64_t Fnv1a64(const void* data, size_t size) {
-  const auto* bytes = static_cast<const unsigned char*>(data);
-  uint64_t hash = kFnv1a64Offset;
-  for (size_t i = 0; i < size; ++i) {
-    hash ^= bytes[i];
-    hash *= kFnv1a64Prime;
-  }
+  uint64_t hash = 14695981039346656037ull;
+  const auto* bytes = static_cast<const uint8_t*>(data);
+  for (size_t i = 0; i < size; ++i) hash = (hash ^ bytes[i]) * 1099511628211ull;
   return hash;
 }
+inline uint32_t Crc32(const void* data, size_t size) {  // zlib's, which Python has at C speed
+  return static_cast<uint32_t>(crc32(0, static_cast<const Bytef*>(data), static_cast<uInt>(size)));
+}
 
-// Cross-checked by tests/mesh/redwood_checksums_check.py, an independent
-// Python implementation (zlib PNG decoding, float32 through struct).
-// 640 x 480, fx = fy = 525, cx = 319.5, cy = 239.5: 307200 vertices,
-// 612162 triangles, 11032353 bytes.
+// Frame 0 at level 0: 307200 vertices, 612162 triangles, a reset frame (re-fitted
+// cells, last byte 1) and one that is not (default split, last byte 0).
 constexpr uint64_t kRedwoodFrame0FlatSize = 11032353;
-// A reset frame (re-fitted split, last byte 1): period 1, first call.
 constexpr uint64_t kRedwoodFrame0FlatResetFnv1a64 = 0x56e2b720ec5b930dull;
-// A frame that is not a reset frame (default split, last byte 0): period
-// 1000, first call.
 constexpr uint64_t kRedwoodFrame0FlatNonResetFnv1a64 = 0xa898932290e45762ull;
+
+struct RedwoodMeshChecksum {
+  int frame;  // depth/0000<frame>.png
+  int32_t level;
+  bool reset;
+  uint32_t crc32;
+};
+constexpr RedwoodMeshChecksum kRedwoodMeshChecksums[] = {  // frames 0 to 4, levels 0, 2, 5
+    {0, 0, false, 0x00c8942cu}, {0, 0, true, 0x8782dafdu}, {0, 2, false, 0x46a68d0eu},
+    {0, 2, true, 0x2314ab0au}, {0, 5, false, 0xc10b280du}, {0, 5, true, 0x59704d43u},
+    {1, 0, false, 0x3eb574e6u}, {1, 0, true, 0x65bc60ebu}, {1, 2, false, 0x9bfc65f4u},
+    {1, 2, true, 0x86ee3b7au}, {1, 5, false, 0xee6ac0fau}, {1, 5, true, 0x3cf607e1u},
+    {2, 0, false, 0x8a732ddbu}, {2, 0, true, 0xcdb7fd65u}, {2, 2, false, 0x25384096u},
+    {2, 2, true, 0x79985f9du}, {2, 5, false, 0x65dc60e1u}, {2, 5, true, 0xfd2c8dedu},
+    {3, 0, false, 0x6f3e07cfu}, {3, 0, true, 0x4fb0036fu}, {3, 2, false, 0xb938bd07u},
+    {3, 2, true, 0x4b2a8a4fu}, {3, 5, false, 0xb5f70904u}, {3, 5, true, 0x6706cc7fu},
+    {4, 0, false, 0x7a57572au}, {4, 0, true, 0x9a4f4a8fu}, {4, 2, false, 0x143c03f0u},
+    {4, 2, true, 0x1111fd62u}, {4, 5, false, 0xa1a18443u}, {4, 5, true, 0x5886cc34u},
+};
 
 }  // namespace ZeltoTest

@@ -8,8 +8,7 @@
 
 namespace ZeltoTest {
 
-// examples/redwood/intrinsics.json.
-struct RedwoodIntrinsics {
+struct RedwoodIntrinsics {  // examples/redwood/intrinsics.json
   int32_t width = 640;
   int32_t height = 480;
   float fx = 525.0f;
@@ -25,15 +24,12 @@ struct PointCloudImage {
   std::vector<int16_t> points;  // x, y, z per pixel, row-major
 };
 
-// Depth samples of a 16-bit grayscale PNG, row-major; throws
-// std::runtime_error when the file is missing or not 16-bit grayscale.
+// The samples of a 16-bit grayscale PNG, row-major; throws std::runtime_error otherwise.
 std::vector<uint16_t> ReadDepthPng(const std::string& path, int32_t* width, int32_t* height);
-
-// z = round(value * 1000 / depthScale) clamped to 0..32767; x = round((u - cx) z / fx),
+// z = round(value * 1000 / depthScale) clamped to 0..32767, x = round((u - cx) z / fx),
 // y = round((v - cy) z / fy) clamped to int16; double precision, halves away from zero.
 PointCloudImage DepthToPointCloud(const std::vector<uint16_t>& depth, int32_t width,
                                   int32_t height, const RedwoodIntrinsics& intrinsics);
-
 // examples/redwood/depth/NNNNN.png as a point cloud.
 PointCloudImage LoadRedwoodFrame(int index);
 

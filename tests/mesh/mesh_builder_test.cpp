@@ -1,0 +1,130 @@
+// The builder at the limits of what a client's reduction level and a host's
+// image size can ask for, the lifetime of the arrays reference-layout frames
+// point at (run under AddressSanitizer), and frame-memory failures as statuses.
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "mesh/mesh_grid.h"
+#include "mesh_harness.h"
+
+namespace ZeltoTest {
+namespace {
+
+TEST(MeshBuilder, HandlesExtremeSizesAndLevels) {
+  constexpr char kOutOfRange[] = "mesh size out of range: vertex or triangle count not in 0..2147483647.";
+  struct Case {
+    const char* name;
+    int32_t level, width, height, vertices, triangles;
+    const char* error;
+  };
+  const Case cases[] = {
+      {"level 2147483647 wraps the step to INT32_MIN", 2147483647, 640, 480, 0, 0, nullptr},
+      {"level 639: one sample of 640 x 480", 639, 640, 480, 1, 0, nullptr},
+      {"level 2147483646", 2147483646, 640, 480, 1, 0, nullptr},
+      {"one grid column has no cells", 3, 3, 6, 2, 0, nullptr},
+      {"one grid row has no cells", 3, 6, 3, 2, 0, nullptr},
+      {"width 0", 0, 0, 3, 0, 0, nullptr},
+      {"negative extents: unsampled vertices are zeros", 0, -2, -3, 6, 0, nullptr},
+      {"level -1 on 0 x 0: 0 / 0 is NaN, no vertex", -1, 0, 0, 0, 0, nullptr},
+      {"level -1: 5 / 0 saturates", -1, 5, 3, 0, 0, kOutOfRange},
+      {"vertices beyond int32", 0, 46341, 46341, 0, 0, kOutOfRange},
+      {"triangles beyond int32", 0, 40000, 40000, 0, 0, kOutOfRange},
+      {"negative vertex count", 0, -5, 3, 0, 0, kOutOfRange},
+  };
+  const std::vector<int16_t> points = ConstantPointCloud(640, 480, 1500);
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.name);
+    MeshHarness harness;
+    harness.flatRawData = true;
+    harness.intrinsics = {525.0f, 525.0f, 319.5f, 239.5f};
+    harness.builder.meshReductionLevel = row.level;
+    harness.builder.resetTrianglePeriod = 2;
+    const FillResult result = harness.Fill(points.data(), row.width, row.height);
+    if (row.error != nullptr) {
+      EXPECT_EQ(result.status.cause(), weftcore::kCauseOutOfMemory);
+      EXPECT_EQ(result.status.message(), row.error);
+      EXPECT_EQ(harness.allocator.allocations, 0);
+      harness.builder.meshReductionLevel = 0;
+      EXPECT_EQ(harness.NextResetFlag(), 0);  // period 2: the refused frame was not counted
+      continue;
+    }
+    ASSERT_TRUE(result.status.ok()) << result.status.message();
+    ASSERT_EQ(result.flat.size(), 12u * row.vertices + 12u * row.triangles + 9);
+    EXPECT_EQ(FieldOf<int32_t>(result.flat, 0), row.vertices);
+    EXPECT_EQ(FieldOf<int32_t>(result.flat, 4 + 12 * row.vertices), row.triangles);
+    const bool sampled = row.width > 0;  // pixel (0, 0) at 1.5 m
+    if (row.vertices > 0) {
+      EXPECT_EQ(Bytes(result.flat.begin() + 4, result.flat.begin() + 16),
+                zelto_test::LeBytes().F32Bits({sampled ? 0xBF69B102u : 0, sampled ? 0xBF2F2D59u : 0,
+                                               sampled ? 0x3FC00000u : 0}).bytes());
+    }
+  }
+  // Converting an infinite float to int32 is undefined: the quotient saturates instead.
+  EXPECT_EQ(ZeltoMesh::ComputeMeshGrid(-1, 5, -5).nx, std::numeric_limits<int32_t>::max());
+  EXPECT_EQ(ZeltoMesh::ComputeMeshGrid(-1, 5, -5).ny, std::numeric_limits<int32_t>::min());
+}
+
+TEST(MeshBuilder, KeepsReplacedArraysReadableUntilCloseAndFreesThemOnce) {
+  MeshHarness harness;
+  const std::vector<int16_t> small = ConstantPointCloud(3, 3, 1000);
+  const FillResult first = harness.Fill(small.data(), 3, 3);
+  const FillResult second = harness.Fill(small.data(), 3, 3);
+  EXPECT_NE(VerticesOf(first.bytes), VerticesOf(second.bytes));  // two records
+  // The first record comes round with other counts and gets new arrays; a
+  // frame handed out earlier still reads the old mesh.
+  const FillResult resized = harness.Fill(ConstantPointCloud(4, 4, 2000).data(), 4, 4);
+  EXPECT_NE(VerticesOf(resized.bytes), VerticesOf(first.bytes));
+  EXPECT_EQ(FlatOf(first.bytes), first.flat);
+  const FillResult reused = harness.Fill(small.data(), 3, 3);  // unchanged counts: the same arrays
+  EXPECT_EQ(VerticesOf(reused.bytes), VerticesOf(second.bytes));
+  EXPECT_EQ(TrianglesOf(reused.bytes), TrianglesOf(second.bytes));
+  harness.builder.ReleaseArrays();
+  harness.builder.ReleaseArrays();  // a second Close frees nothing
+  EXPECT_EQ(harness.Fill(small.data(), 3, 3).flat, second.flat);
+}
+
+TEST(MeshBuilder, ReportsFrameMemoryFailuresAndKeepsNoBlock) {
+  struct Case {
+    const char* name;
+    bool hostError, noBlock, nullAddress, flat;
+    const char* message;
+  };
+  const Case cases[] = {
+      {"the host's allocator fails", true, false, false, false, "heap exhausted"},
+      {"an OK status without a block", false, true, false, false,
+       "frame memory for the mesh (28 bytes): the allocator returned no block"},
+      {"a block one byte short", false, false, false, true,
+       "frame memory for the mesh (81 bytes): the block is missing or too small"},
+      {"a block without address", false, false, true, false,
+       "frame memory for the mesh (28 bytes): the block is missing or too small"},
+  };
+  for (const Case& row : cases) {
+    SCOPED_TRACE(row.name);
+    MeshHarness harness;
+    TestAllocator& allocator = harness.allocator;
+    harness.builder.resetTrianglePeriod = 2;
+    harness.flatRawData = row.flat;
+    if (row.hostError) {
+      allocator.failWith = weftcore::Status(weftcore::kLevelError, weftcore::kCauseOutOfMemory,
+                                            "heap exhausted").SetBlock("core");
+    }
+    allocator.noBlock = row.noBlock;
+    allocator.nullAddress = row.nullAddress;
+    allocator.shortBy = row.flat ? 1 : 0;
+    const FillResult result = harness.Fill(ConstantPointCloud(2, 2, 1000).data(), 2, 2);
+    EXPECT_EQ(result.status.cause(), weftcore::kCauseOutOfMemory);
+    EXPECT_EQ(result.status.block(), row.hostError ? "core" : "ZeltoMesh");
+    EXPECT_EQ(result.status.message(), row.message);
+    EXPECT_EQ(result.status.trace().size(), row.hostError ? 1u : 0u);
+    EXPECT_EQ(result.channelCount, 0u);
+    EXPECT_EQ(allocator.live, 0);
+    allocator.failWith = weftcore::Status();
+    allocator.noBlock = allocator.nullAddress = false;
+    allocator.shortBy = 0;
+    EXPECT_EQ(harness.NextResetFlag(), 1);  // period 2: the failed frame still counted
+  }
+}
+
+}  // namespace
+}  // namespace ZeltoTest
