@@ -1,8 +1,8 @@
-// The mesh source against the built simulator: a host over the built plug-ins,
-// a small recording whose every vertex and mask pixel is known, and a source
-// of the test's own with a manual clock whose sleeps advance that clock.
+// A host over the built mesh and simulator plug-ins, a small recording whose every vertex
+// and mask pixel is known, and a source of the test's own on a clock its sleeps advance.
 #pragma once
 
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -12,9 +12,8 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "component/zelto_mesh_streamsource.h"
 #include "mesh/mesh_frame_data.h"
@@ -41,7 +40,8 @@ inline std::string RecordingDirectory() {
       for (const char* sub : {"pointcloud", "masks/person", "masks/floor"}) {
         std::filesystem::create_directories(dir / sub);
       }
-      std::ofstream(dir / "intrinsics.json") << R"({"width":4,"height":3,"fx":2,"fy":2,"cx":1.5,"cy":1})";
+      std::ofstream(dir / "intrinsics.json")
+          << R"({"width":4,"height":3,"fx":2,"fy":2,"cx":1.5,"cy":1})";
       std::ofstream(dir / "masks/person/mask.json") << R"({"source":"depth"})";
       std::ofstream(dir / "masks/floor/mask.json") << R"({"source":"color"})";
       const uint8_t person[12] = {0, 0, 0, 0, 0, 255, 100, 0, 0, 0, 0, 0};
@@ -50,12 +50,10 @@ inline std::string RecordingDirectory() {
         const std::string name = std::to_string(100 + i);
         std::vector<int16_t> points;
         const int z = (i % 8 + 1) * 1000;
-        for (int v = 0; v < 3; ++v) {
-          for (int u = 0; u < 4; ++u) {
-            points.insert(points.end(), {static_cast<int16_t>((u - 1.5) * z / 2),
-                                         static_cast<int16_t>((v - 1) * z / 2),
-                                         static_cast<int16_t>(z)});
-          }
+        for (int pixel = 0; pixel < 12; ++pixel) {
+          points.insert(points.end(), {static_cast<int16_t>((pixel % 4 - 1.5) * z / 2),
+                                       static_cast<int16_t>((pixel / 4 - 1) * z / 2),
+                                       static_cast<int16_t>(z)});
         }
         std::ofstream(dir / "pointcloud" / (name + ".bin"), std::ios::binary)
             .write(reinterpret_cast<const char*>(points.data()), 72);
@@ -68,38 +66,34 @@ inline std::string RecordingDirectory() {
   return recording.dir.string();
 }
 
-// The sim over that recording, logging at Debug so that the mesh source,
-// which adopts the device's level at Open, writes its Debug lines.
-inline ZeltoSim::HostOptions Device() {
+// The sim over that recording, with one failure knob given as its component
+// argument, if any; logging at Debug, the level the mesh source adopts.
+inline ZeltoSim::HostOptions Device(const std::string& knob = "", const std::string& value = "") {
   ZeltoSim::HostOptions options;
   options.sim.input = RecordingDirectory();
   options.sim.logLevel = 3;
+  if (!knob.empty()) {
+    weftcore::ComponentArgument argument;
+    argument.values[knob] = value;
+    EXPECT_TRUE(ZeltoSim::ParseSimOptions(argument, &options.sim).ok()) << knob << "=" << value;
+  }
   options.meshLibrary = std::string(ZELTO_LIBRARY_DIR) + "/libcomponent_zelto_mesh.so";
   options.simLibrary = std::string(ZELTO_LIBRARY_DIR) + "/libcomponent_zelto_sim.so";
   return options;
 }
 
-// The vertex depths of a mesh channel, in either layout (28 bytes: the
-// reference record, whose packed addresses are copied out, not referenced).
+// The vertex depths of a mesh channel in the reference layout: a 28-byte
+// record, whose packed addresses are copied out, not referenced.
 inline std::vector<float> DepthsOf(const void* address, uint64_t size) {
-  int32_t count = 0;
-  const float* vertices = nullptr;
-  if (size == sizeof(ZeltoMesh::MeshFrameData)) {
-    ZeltoMesh::MeshFrameData record;
-    std::memcpy(&record, address, sizeof record);
-    count = record.vertexCount;
-    vertices = record.vertices;
-  } else {
-    std::memcpy(&count, address, sizeof count);
-    vertices = reinterpret_cast<const float*>(static_cast<const uint8_t*>(address) + 4);
-  }
-  std::vector<float> depths(static_cast<size_t>(count));
-  for (size_t i = 0; i < depths.size(); ++i) std::memcpy(&depths[i], &vertices[3 * i + 2], 4);
+  EXPECT_EQ(sizeof(ZeltoMesh::MeshFrameData), size);
+  ZeltoMesh::MeshFrameData record;
+  std::memcpy(&record, address, sizeof record);
+  std::vector<float> depths(static_cast<size_t>(record.vertexCount));
+  for (size_t i = 0; i < depths.size(); ++i) depths[i] = record.vertices[3 * i + 2];
   return depths;
 }
 inline std::vector<float> DepthsOf(const weftcore::ChannelRawData& channel) {
-  return DepthsOf(static_cast<uint8_t*>(channel.memory->GetAddress()) + channel.offset,
-                  channel.size);
+  return DepthsOf(channel.memory->GetAddress(), channel.size);
 }
 
 // Frame memory of the test's own source: the host's allocator, refusing
@@ -135,7 +129,10 @@ class MeshSourceTest : public ::testing::Test {
     host = std::make_unique<weftcore::host::HostCore>(ZeltoSim::BuildHostConfiguration(device));
     if (!ownSource) return weftcore::Status();
     utility = std::make_unique<weftcore::host::HostStreamUtility>(&meshMemory);
-    source = std::make_unique<ZeltoMeshStreamSource>([this] { return Now(); });
+    source = std::make_unique<ZeltoMeshStreamSource>([this] {
+      std::lock_guard<std::mutex> lock(sleepMutex);
+      return now;
+    });
     return source->Open(host.get(), utility.get());
   }
   std::vector<weftcore::FrameInfo> GetFrames() {
@@ -151,13 +148,18 @@ class MeshSourceTest : public ::testing::Test {
     EXPECT_TRUE(source->Close().ok());
     source.reset();
   }
-  std::chrono::steady_clock::time_point Now() {
-    std::lock_guard<std::mutex> lock(sleepMutex);
-    return now;
+  // The messages logged so far, each a Debug line of the mesh component.
+  std::vector<std::string> Messages() const {
+    std::vector<std::string> lines;
+    for (const LogRecord& record : logs.records()) {
+      EXPECT_EQ(MeshDebug(record.message), record);
+      lines.push_back(record.message);
+    }
+    return lines;
   }
   std::vector<uint64_t> TakeSleeps() {
     std::lock_guard<std::mutex> lock(sleepMutex);
-    return std::move(sleeps);
+    return std::exchange(sleeps, {});
   }
 
   LogCapture logs;

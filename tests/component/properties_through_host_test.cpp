@@ -1,6 +1,5 @@
-// The mesh source's properties as a client sees them: MessagePack bytes into
-// the "mesh" stream of the host, bytes or a status back; and the one Debug
-// line each handler writes on entry.
+// The mesh source's properties as a client sees them: MessagePack bytes into the host's
+// "mesh" stream, bytes or a status back; and the Debug line each handler logs on entry.
 #include <string>
 #include <vector>
 
@@ -15,17 +14,28 @@ Bytes FrameRate(uint8_t num) { return Cat({{0x82}, Key("num"), {num}, Key("denom
 Bytes Config(Bytes level, Bytes period) {
   return Cat({{0x82}, Key("meshReductionLevel"), level, Key("resetTrianglePeriod"), period});
 }
-Bytes Channels(Bytes entries) { return Cat({{0x81}, Key("channels"), entries}); }
 Bytes Channel(uint8_t id, const char* type, const char* description) {
   return Cat({{id, 0x82}, Key("raw_data_type"), Key(type), Key("description"), Key(description)});
 }
-Bytes MaskSettings(uint8_t enabled, Bytes infos, uint8_t threshold) {
+Bytes Channels(uint8_t count, Bytes entries) {
+  return Cat({{0x81}, Key("channels"), {static_cast<uint8_t>(0x80 | count)}, entries});
+}
+Bytes Masks(uint8_t enabled, Bytes infos, uint8_t threshold) {
   return Cat({{0x83}, Key("enabled"), {enabled}, Key("maskInfo"), infos, Key("maskThreshold"),
               {threshold}});
 }
+// One inverted depth mask "person", as a one-element array.
 const Bytes kPerson = Cat({{0x91, 0x83}, Key("name"), Key("person"), Key("isColorSource"), {0xC2},
                            Key("isInvertMask"), {0xC3}});
+const Bytes kMesh = Channel(0, "kRawDataTypeMesh", "Mesh Data");
 const Bytes kNull;
+const char kLog[] = "kZeltoLogLevelKey";
+const char kInfo[] = "channel_info_property";
+const char kRate[] = "frame_rate_property";
+const char kConfig[] = "kZeltoMeshAlgorithmConfigKey";
+const char kMask[] = "kZeltoMeshMaskSettingsKey";
+const bool kSet = true;
+const bool kGet = false;
 
 TEST(MeshProperties, AnswerClientBytesThroughTheHost) {
   struct Case {
@@ -35,33 +45,34 @@ TEST(MeshProperties, AnswerClientBytesThroughTheHost) {
     Bytes out;          // Get: the reply
     std::string error;  // "<block>: <message>", "" for OK
   } const cases[] = {
-      {"kZeltoLogLevelKey", false, {}, LogLevel(3), ""},  // the device's level, adopted at Open
-      {"kZeltoLogLevelKey", true, LogLevel(9), {}, "ZeltoMesh: property log level 9 is out of range."},
-      {"kZeltoLogLevelKey", true, kNull, {}, "Zelto: property is null."},
-      {"kZeltoLogLevelKey", true, LogLevel(7), {}, ""},
-      {"kZeltoLogLevelKey", false, {}, LogLevel(7), ""},
-      {"channel_info_property", false, {}, Channels(Cat({{0x81}, Channel(0, "kRawDataTypeMesh", "Mesh Data")})), ""},
-      {"channel_info_property", false, Channels(Cat({{0x81}, Channel(3, "color", "Color Data")})),
-       Channels(Cat({{0x82}, Channel(0, "kRawDataTypeMesh", "Mesh Data"), Channel(3, "color", "Color Data")})), ""},
-      {"channel_info_property", false, Channels(Cat({{0x81}, Channel(0, "depth", "Depth Data")})),
-       Channels(Cat({{0x81}, Channel(0, "depth", "Depth Data")})), ""},
-      {"frame_rate_property", true, FrameRate(15), {}, ""},
-      {"frame_rate_property", false, {}, FrameRate(30), ""},
-      {"frame_rate_property", true, kNull, {}, "ZeltoMesh: Null pointer"},
-      {"kZeltoMeshAlgorithmConfigKey", false, {}, Config({0}, {4}), ""},
-      {"kZeltoMeshAlgorithmConfigKey", true, Config({2}, {0}), {}, ""},  // period 0 keeps 4
-      {"kZeltoMeshAlgorithmConfigKey", false, {}, Config({2}, {4}), ""},
-      {"kZeltoMeshAlgorithmConfigKey", true, Cat({{0x81}, Key("meshReductionLevel"), {1}}), {}, ""},
-      {"kZeltoMeshAlgorithmConfigKey", true, Config({0xFF}, {5}), {},
+      // clang-format off
+      {kLog, kGet, {}, LogLevel(3), ""},  // the device's level, adopted at Open
+      {kLog, kSet, LogLevel(9), {}, "ZeltoMesh: property log level 9 is out of range."},
+      {kLog, kSet, kNull, {}, "Zelto: property is null."},
+      {kLog, kSet, LogLevel(7), {}, ""},
+      {kLog, kGet, {}, LogLevel(7), ""},
+      {kInfo, kGet, {}, Channels(1, kMesh), ""},
+      {kInfo, kGet, Channels(1, Channel(3, "color", "Color")),
+       Channels(2, Cat({kMesh, Channel(3, "color", "Color")})), ""},
+      {kInfo, kGet, Channels(1, Channel(0, "depth", "D")), Channels(1, Channel(0, "depth", "D")), ""},
+      {kRate, kSet, FrameRate(15), {}, ""},
+      {kRate, kGet, {}, FrameRate(30), ""},
+      {kRate, kSet, kNull, {}, "ZeltoMesh: Null pointer"},
+      {kConfig, kGet, {}, Config({0}, {4}), ""},
+      {kConfig, kSet, Config({2}, {0}), {}, ""},  // period 0 keeps 4
+      {kConfig, kGet, {}, Config({2}, {4}), ""},
+      {kConfig, kSet, Cat({{0x81}, Key("meshReductionLevel"), {1}}), {}, ""},
+      {kConfig, kSet, Config({0xFF}, {5}), {},
        "ZeltoMesh: mesh reduction level must be equal or greater than zero."},
-      {"kZeltoMeshAlgorithmConfigKey", true, Config({3}, {0xFF}), {},
+      {kConfig, kSet, Config({3}, {0xFF}), {},
        "ZeltoMesh: resetTrianglePeriod must be equal or greater than zero."},
-      {"kZeltoMeshAlgorithmConfigKey", false, {}, Config({1}, {4}), ""},  // values unchanged
-      {"kZeltoMeshAlgorithmConfigKey", true, kNull, {}, "ZeltoMesh: property is null."},
-      {"kZeltoMeshMaskSettingsKey", false, {}, MaskSettings(0xC2, {0x90}, 55), ""},
-      {"kZeltoMeshMaskSettingsKey", true, MaskSettings(0xC2, kPerson, 100), {}, ""},
-      {"kZeltoMeshMaskSettingsKey", false, {}, MaskSettings(0xC2, kPerson, 100), ""},
-      {"kZeltoMeshMaskSettingsKey", true, kNull, {}, "ZeltoMesh: property is null."},
+      {kConfig, kGet, {}, Config({1}, {4}), ""},  // values unchanged
+      {kConfig, kSet, kNull, {}, "ZeltoMesh: property is null."},
+      {kMask, kGet, {}, Masks(0xC2, {0x90}, 55), ""},
+      {kMask, kSet, Masks(0xC2, kPerson, 100), {}, ""},
+      {kMask, kGet, {}, Masks(0xC2, kPerson, 100), ""},
+      {kMask, kSet, kNull, {}, "ZeltoMesh: property is null."},
+      // clang-format on
   };
   weftcore::host::HostCore host(ZeltoSim::BuildHostConfiguration(Device()));
   weftcore::Stream* mesh = nullptr;
@@ -90,35 +101,29 @@ using MeshPropertyHandlers = MeshSourceTest;
 
 TEST_F(MeshPropertyHandlers, LogOneLineOnEntry) {
   ASSERT_TRUE(OpenHost().ok());
-  Zelto::ZeltoLogLevelProperty_ level;
-  level.logLevel = ZeltoLogger::Debug;
+  Zelto::ZeltoLogLevelProperty_ level{ZeltoLogger::Debug};
   ZeltoMesh::ZeltoMeshAlgorithmConfigProperty_ config;
   ZeltoMesh::ZeltoMeshMaskSettingsProperty_ mask;
   logs.Clear();
-  // The key passed is "any": only the algorithm configuration logs it.
+  // Only the algorithm configuration logs the key it was called with.
   source->Get("any", &level);
   source->Set("any", &level);
   source->Get("any", &config);
   source->Set("any", &config);
   source->Get("any", &mask);
   source->Set("any", &mask);
-  const std::vector<LogRecord> expected = {
-      MeshDebug(Printf("[ZeltoMesh] Get ZeltoLogLevelProperty by key=kZeltoLogLevelKey prop=%p\n",
-                       static_cast<void*>(&level))),
-      MeshDebug(Printf("[ZeltoMesh] Set ZeltoLogLevelProperty by key=kZeltoLogLevelKey prop=%p\n",
-                       static_cast<void*>(&level))),
-      MeshDebug(Printf("[ZeltoMesh] Get ZeltoMeshAlgorithmConfigProperty by key=any prop=%p\n",
-                       static_cast<void*>(&config))),
-      MeshDebug(Printf("[ZeltoMesh] Set ZeltoMeshAlgorithmConfigProperty by key=any prop=%p\n",
-                       static_cast<void*>(&config))),
-      MeshDebug(Printf("[ZeltoMesh] Get ZeltoMeshMaskSettingsProperty by "
-                       "key=kZeltoMeshMaskSettingsKey prop=%p\n",
-                       static_cast<void*>(&mask))),
-      MeshDebug(Printf("[ZeltoMesh] Set ZeltoMeshMaskSettingsProperty by "
-                       "key=kZeltoMeshMaskSettingsKey prop=%p\n",
-                       static_cast<void*>(&mask))),
+  auto line = [](const char* call, const char* key, const void* record) {
+    return MeshDebug(Printf("[ZeltoMesh] %s by key=%s prop=%p\n", call, key, record));
   };
-  EXPECT_EQ(expected, logs.records());
+  EXPECT_EQ((std::vector<LogRecord>{
+                line("Get ZeltoLogLevelProperty", kLog, &level),
+                line("Set ZeltoLogLevelProperty", kLog, &level),
+                line("Get ZeltoMeshAlgorithmConfigProperty", "any", &config),
+                line("Set ZeltoMeshAlgorithmConfigProperty", "any", &config),
+                line("Get ZeltoMeshMaskSettingsProperty", kMask, &mask),
+                line("Set ZeltoMeshMaskSettingsProperty", kMask, &mask),
+            }),
+            logs.records());
 }
 
 }  // namespace

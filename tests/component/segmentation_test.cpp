@@ -1,8 +1,6 @@
-// Masking through the host: the mesh stream asks the simulator's segmentation
-// stream for the masks its clients name and blanks what they select; a
-// segmentation stream that misbehaves costs a log line, never a frame.
+// Masking through the host: the mesh stream blanks what the named masks of the simulator
+// select; a segmentation stream that misbehaves costs a log line, never a frame.
 #include <algorithm>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -13,14 +11,6 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-ZeltoMesh::ZeltoMeshMaskSettingsProperty_ Masks(
-    std::vector<ZeltoSegmentation::ZeltoSegmentationMaskInfo_> infos, uint8_t threshold = 55) {
-  ZeltoMesh::ZeltoMeshMaskSettingsProperty_ settings;
-  settings.enabled = !infos.empty();
-  settings.maskInfo = std::move(infos);
-  settings.maskThreshold = threshold;
-  return settings;
-}
 const ZeltoSegmentation::ZeltoSegmentationMaskInfo_ kPerson{"person", false, false};
 const ZeltoSegmentation::ZeltoSegmentationMaskInfo_ kFloor{"floor", true, false};
 const ZeltoSegmentation::ZeltoSegmentationMaskInfo_ kNotPerson{"person", false, true};
@@ -36,13 +26,13 @@ TEST_F(Segmentation, BlanksWhatTheNamedMasksSelectFromTheNextFrame) {
     std::vector<int> vertices;  // pixel of each vertex
     std::vector<int> masked;    // pixels whose vertex lies at 32.001 m
   } const cases[] = {
-      {"off", Masks({}), 0, kAll, {}},
-      {"depth mask", Masks({kPerson}), 0, kAll, {5, 6}},
-      {"threshold above pixel 6", Masks({kPerson}, 150), 0, kAll, {5}},
-      {"colour mask", Masks({kFloor}), 0, kAll, {8, 9, 10, 11}},
-      {"inverted", Masks({kNotPerson}), 0, kAll, {0, 1, 2, 3, 4, 7, 8, 9, 10, 11}},
-      {"both, every second pixel", Masks({kPerson, kFloor}), 1, {0, 2, 8, 10}, {8, 10}},
-      {"off again", Masks({}), 0, kAll, {}},
+      {"off", {false, {kPerson}, 55}, 0, kAll, {}},
+      {"depth mask", {true, {kPerson}, 55}, 0, kAll, {5, 6}},
+      {"threshold above pixel 6", {true, {kPerson}, 150}, 0, kAll, {5}},
+      {"colour mask", {true, {kFloor}, 55}, 0, kAll, {8, 9, 10, 11}},
+      {"inverted", {true, {kNotPerson}, 55}, 0, kAll, {0, 1, 2, 3, 4, 7, 8, 9, 10, 11}},
+      {"both, every second pixel", {true, {kPerson, kFloor}, 55}, 1, {0, 2, 8, 10}, {8, 10}},
+      {"off again", {false, {kPerson}, 55}, 0, kAll, {}},
   };
   ASSERT_TRUE(OpenHost(Device(), false).ok());
   weftcore::Stream* mesh = nullptr;
@@ -72,74 +62,47 @@ TEST_F(Segmentation, BlanksWhatTheNamedMasksSelectFromTheNextFrame) {
 }
 
 TEST_F(Segmentation, LogsEachFailureAndTriesAgainOnTheNextFrame) {
+  const std::string stream = "Zelto Segmentation Stream cannot ";
+  const std::string segmentation = "segmentation", maskList = "kZeltoSegmentationMaskDataListKey";
   struct Case {
-    const char* name;
-    std::set<std::string> ZeltoSim::SimFaults::*knob;
-    const char* refused;  // what the knob lists
-    const char* mask;
-    Lines enabled;   // over two frames with masking on
-    Lines disabled;  // over the frame that switches it off
+    std::string knob, value, mask, line;
+    bool whenSwitchedOff;  // else on each of two frames with masking on
   } const cases[] = {
-      {"open", &ZeltoSim::SimFaults::failOpen, "segmentation", "person",
-       {"Zelto Segmentation Stream cannot open cause:10 message:segmentation: open refused "
-        "(fail_open)",
-        "Zelto Segmentation Stream cannot open cause:10 message:segmentation: open refused "
-        "(fail_open)"},
-       {}},
-      {"start", &ZeltoSim::SimFaults::failStart, "segmentation", "person",
-       {"Zelto Segmentation Stream cannot start cause:10 message:segmentation: start refused "
-        "(fail_start)",
-        "Zelto Segmentation Stream cannot start cause:10 message:segmentation: start refused "
-        "(fail_start)"},
-       {}},
-      {"mask read", &ZeltoSim::SimFaults::failGet, "kZeltoSegmentationMaskDataListKey", "person",
-       {"Mask data cannot get cause:10 message:kZeltoSegmentationMaskDataListKey: get refused "
-        "(fail_get)",
-        "Mask data cannot get cause:10 message:kZeltoSegmentationMaskDataListKey: get refused "
-        "(fail_get)"},
-       {}},
-      {"unknown mask", nullptr, "", "nobody",
-       {"cause:2 message:Invalid mask data mask name:nobody address:0 size:0 width:0 height "
-        "timestamp:0",
-        "cause:2 message:Invalid mask data mask name:nobody address:0 size:0 width:0 height "
-        "timestamp:0"},
-       {}},
-      {"stop (masking works until then)", &ZeltoSim::SimFaults::failStop, "segmentation",
-       "person", {},
-       {"Zelto Segmentation Stream cannot stop cause:10 message:segmentation: stop refused "
-        "(fail_stop)"}},
-      {"close (masking works until then)", &ZeltoSim::SimFaults::failClose, "segmentation",
-       "person", {},
-       {"Zelto Segmentation Stream cannot close cause:10 message:segmentation: close refused "
-        "(fail_close)"}},
+      {"fail_open", segmentation, "person",
+       stream + "open cause:10 message:segmentation: open refused (fail_open)", false},
+      {"fail_start", segmentation, "person",
+       stream + "start cause:10 message:segmentation: start refused (fail_start)", false},
+      {"fail_get", maskList, "person",
+       "Mask data cannot get cause:10 message:" + maskList + ": get refused (fail_get)", false},
+      {"", "", "nobody",
+       "cause:2 message:Invalid mask data mask name:nobody address:0 size:0 width:0 height "
+       "timestamp:0", false},
+      {"fail_stop", segmentation, "person",
+       stream + "stop cause:10 message:segmentation: stop refused (fail_stop)", true},
+      {"fail_close", segmentation, "person",
+       stream + "close cause:10 message:segmentation: close refused (fail_close)", true},
   };
   for (const Case& row : cases) {
-    SCOPED_TRACE(row.name);
-    ZeltoSim::HostOptions device = Device();
-    if (row.knob != nullptr) (device.sim.faults.*row.knob).insert(row.refused);
-    ASSERT_TRUE(OpenHost(device).ok());
+    SCOPED_TRACE(row.line);
+    ASSERT_TRUE(OpenHost(Device(row.knob, row.value)).ok());
     ASSERT_TRUE(source->Start().ok());
-    GetFrames();  // the camera's configuration, read once
-    ZeltoMesh::ZeltoMeshMaskSettingsProperty_ settings = Masks({{row.mask, false, false}});
+    GetFrames();  // reads the camera's configuration
+    ZeltoMesh::ZeltoMeshMaskSettingsProperty_ settings{true, {{row.mask, false, false}}, 55};
     ASSERT_TRUE(source->Set("", &settings).ok());
     logs.Clear();
     for (int frame = 0; frame < 2; ++frame) {
       const std::vector<weftcore::FrameInfo> frames = GetFrames();
       ASSERT_EQ(1u, frames.size());  // a failure never costs the frame
       std::vector<float> expected(12, Metres(frame * 1000 + 2000));
-      if (row.enabled.empty()) expected[5] = expected[6] = kMasked;
+      if (row.whenSwitchedOff) expected[5] = expected[6] = kMasked;
       EXPECT_EQ(expected, DepthsOf(frames[0].channels[0]));
     }
-    Lines lines;
-    for (const LogRecord& record : logs.records()) lines.push_back(record.message);
-    EXPECT_EQ(row.enabled, lines);
+    EXPECT_EQ(row.whenSwitchedOff ? Lines() : Lines(2, row.line), Messages());
     settings.enabled = false;
     ASSERT_TRUE(source->Set("", &settings).ok());
     logs.Clear();
     ASSERT_EQ(1u, GetFrames().size());
-    lines.clear();
-    for (const LogRecord& record : logs.records()) lines.push_back(record.message);
-    EXPECT_EQ(row.disabled, lines);
+    EXPECT_EQ(row.whenSwitchedOff ? Lines(1, row.line) : Lines(), Messages());
     CloseSource();
   }
 }

@@ -1,49 +1,26 @@
-// The mesh source's life against the simulator: Open and Start against a
-// misbehaving device, frame pacing, the choice of input and layout, frames
-// that cannot be built, and where every block of frame memory goes.
-#include <functional>
+// The mesh source against a misbehaving device: Open and Start, pacing, the choice of
+// input and layout, frames that cannot be built, and where every block of frame memory goes.
 #include <string>
 #include <vector>
 
 #include "component/zelto_mesh_sourcefactory.h"
-#include "properties/zelto_runtime_settings_property.h"
-#include "properties/zelto_tof_properties.h"
+#include "component/zelto_time.h"
 #include "tests/component/mesh_source_fixture.h"
 
 namespace zelto_test {
 namespace {
 
-using Faults = std::function<void(ZeltoSim::SimFaults&)>;
 using Lines = std::vector<std::string>;
 
-ZeltoSim::HostOptions DeviceWith(const Faults& faults) {
-  ZeltoSim::HostOptions device = Device();
-  if (faults) faults(device.sim.faults);
-  return device;
-}
-
-Lines DebugLines(const LogCapture& logs) {
-  Lines lines;
-  for (const LogRecord& record : logs.records()) {
-    EXPECT_EQ(MeshDebug(record.message), record);
-    lines.push_back(record.message);
-  }
-  return lines;
-}
-
 TEST(MeshSourceFactory, CreatesASourceForExactlyTheMeshType) {
-  struct Case {
-    const char* type;
-    bool creates;
-  } const cases[] = {{"mesh", true}, {"Mesh", false}, {"meshes", false}, {"", false}};
   ZeltoMeshSourceFactory factory;
-  for (const Case& row : cases) {
-    SCOPED_TRACE(row.type);
+  for (const char* type : {"mesh", "Mesh", "meshes", ""}) {
+    SCOPED_TRACE(type);
     weftcore::StreamSource* untouched = reinterpret_cast<weftcore::StreamSource*>(&factory);
     weftcore::StreamSource* source = untouched;
-    EXPECT_TRUE(factory.CreateSource({row.type, 0}, &source).ok());
-    EXPECT_EQ(row.creates, source != untouched);
-    if (row.creates) factory.ReleaseSource(source);
+    EXPECT_TRUE(factory.CreateSource({type, 0}, &source).ok());
+    EXPECT_EQ(std::string(type) == "mesh", source != untouched);
+    if (source != untouched) factory.ReleaseSource(source);
   }
 }
 
@@ -51,53 +28,43 @@ using MeshSourceLife = MeshSourceTest;
 
 TEST_F(MeshSourceLife, OpenAndStartFailOnlyForTheStreamsTheyCannotDoWithout) {
   struct Case {
-    const char* name;
-    Faults faults;
+    const char* knob;
+    const char* value;
     const char* openError;   // "" when Open succeeds
     const char* startError;  // "" when Start succeeds
   } const cases[] = {
-      {"settings stream refuses to open",
-       [](ZeltoSim::SimFaults& f) { f.failOpen = {"zelto_settings"}; },
-       "zelto_settings: open refused (fail_open)", ""},
-      {"log level unreadable", [](ZeltoSim::SimFaults& f) { f.failGet = {"kZeltoLogLevelKey"}; },
-       "kZeltoLogLevelKey: get refused (fail_get)", ""},
-      {"camera refuses to open", [](ZeltoSim::SimFaults& f) { f.failOpen = {"tof_camera"}; },
-       "tof_camera: open refused (fail_open)", ""},
-      {"no player: live frames need none",
-       [](ZeltoSim::SimFaults& f) { f.failOpen = {"tof_player"}; }, "", ""},
-      {"process targets unreadable",
-       [](ZeltoSim::SimFaults& f) { f.failGet = {ZeltoTof::kZeltoTofProcessTargetsKey}; }, "",
-       ""},
-      {"camera refuses to start", [](ZeltoSim::SimFaults& f) { f.failStart = {"tof_camera"}; },
-       "", ""},
-      {"runtime settings unreadable",
-       [](ZeltoSim::SimFaults& f) { f.failGet = {Zelto::kZeltoRuntimeSettingsKey}; }, "",
+      {"fail_open", "zelto_settings", "zelto_settings: open refused (fail_open)", ""},
+      {"fail_get", "kZeltoLogLevelKey", "kZeltoLogLevelKey: get refused (fail_get)", ""},
+      {"fail_open", "tof_camera", "tof_camera: open refused (fail_open)", ""},
+      {"fail_open", "tof_player", "", ""},  // live frames need no player
+      {"fail_get", "kZeltoTofProcessTargetsKey", "", ""},
+      {"fail_start", "tof_camera", "", ""},
+      {"fail_get", "kZeltoRuntimeSettingsKey", "",
        "kZeltoRuntimeSettingsKey: get refused (fail_get)"},
   };
   for (const Case& row : cases) {
-    SCOPED_TRACE(row.name);
-    const weftcore::Status opened = OpenHost(DeviceWith(row.faults));
+    SCOPED_TRACE(std::string(row.knob) + "=" + row.value);
+    const weftcore::Status opened = OpenHost(Device(row.knob, row.value));
     EXPECT_EQ(row.openError, opened.message());
     if (opened.ok()) {
       EXPECT_EQ(row.startError, source->Start().message());
     }
-    // Whatever Open managed to open, Close closes, and a second Close
-    // finds nothing left to free.
+    // Whatever Open managed to open, Close closes; a second Close frees nothing
+    // again.
     EXPECT_TRUE(source->Close().ok());
     CloseSource();
   }
   const weftcore::Status early = ZeltoMeshStreamSource().Start();
-  EXPECT_EQ("Null pointer", early.message());
-  EXPECT_EQ("ZeltoMesh", early.block());
+  EXPECT_EQ("ZeltoMesh: Null pointer", early.block() + ": " + early.message());
 }
 
 TEST_F(MeshSourceLife, PacesFrameRequestsToOnePerMillisecond) {
   struct Case {
     const char* name;
     std::vector<int64_t> advances;  // clock advance (ns) before each request
-    std::vector<uint64_t> sleeps;
+    std::vector<uint64_t> sleeps;   // each sleep also advances the clock
   } const cases[] = {
-      {"at once, twice: a whole millisecond each", {0, 0, 0}, {1000000, 1000000}},
+      {"at once, thrice: a whole millisecond each", {0, 0, 0}, {1000000, 1000000}},
       {"the first request after Start is free", {0}, {}},
       {"just under a millisecond still waits a whole one", {0, 999999}, {1000000}},
       {"a millisecond later is not paced", {0, 1000000, 5000000}, {}},
@@ -120,24 +87,19 @@ TEST_F(MeshSourceLife, StartChoosesTheInputAndTheLayout) {
   struct Case {
     const char* name;
     bool remote;
-    int rate;  // frame rate set before Start; 0: none
+    uint32_t rate;  // set before Start; 0: none
     bool player;
-    bool stopFirst;  // Start, Stop, Start: the rate is forgotten
-    Lines lines;
-    std::vector<uint64_t> sizes;  // of the mesh channel, one per frame
+    bool stopFirst;  // Start and Stop first: Stop forgets the rate
+    bool flatLogged;
+    bool playbackLogged;
+    std::vector<uint64_t> sizes;  // of each frame's mesh channel
   } const cases[] = {
-      {"live, reference layout", false, 0, true, false,
-       {"[ZeltoMesh] Flat Raw Data = false\n", "Using playback: 0"}, {28}},
-      {"remote server: flat layout", true, 0, true, false,
-       {"[ZeltoMesh] Flat Raw Data = true\n", "Using playback: 0"}, {297}},
-      {"30 fps: flat layout", false, 30, true, false,
-       {"[ZeltoMesh] Flat Raw Data = false\n", "Using playback: 0"}, {297}},
-      {"15 fps: playback", false, 15, true, false,
-       {"[ZeltoMesh] Flat Raw Data = false\n", "Using playback: 1"}, {28}},
-      {"15 fps without a player: no input", false, 15, false, false,
-       {"[ZeltoMesh] Flat Raw Data = false\n", "Using playback: 1"}, {}},
-      {"Stop forgets 15 fps", false, 15, false, true,
-       {"[ZeltoMesh] Flat Raw Data = false\n", "Using playback: 0"}, {28}},
+      {"live, reference layout", false, 0, true, false, false, false, {28}},
+      {"remote server: flat layout", true, 0, true, false, true, false, {297}},
+      {"30 fps: flat layout", false, 30, true, false, false, false, {297}},
+      {"15 fps: playback", false, 15, true, false, false, true, {28}},
+      {"15 fps without a player: no input", false, 15, false, false, false, true, {}},
+      {"Stop forgets 15 fps", false, 15, false, true, false, false, {28}},
   };
   for (const Case& row : cases) {
     SCOPED_TRACE(row.name);
@@ -145,8 +107,7 @@ TEST_F(MeshSourceLife, StartChoosesTheInputAndTheLayout) {
     device.sim.remote = row.remote;
     device.player = row.player;
     ASSERT_TRUE(OpenHost(device).ok());
-    weftcore::FrameRateProperty rate;
-    rate.num = row.rate;
+    const weftcore::FrameRateProperty rate{row.rate, 1};
     if (row.rate != 0) {
       ASSERT_TRUE(source->Set(weftcore::kFrameRatePropertyKey, &rate).ok());
     }
@@ -155,66 +116,50 @@ TEST_F(MeshSourceLife, StartChoosesTheInputAndTheLayout) {
     }
     logs.Clear();
     ASSERT_TRUE(source->Start().ok());
-    EXPECT_EQ(row.lines, DebugLines(logs));
+    EXPECT_EQ((Lines{row.flatLogged ? "[ZeltoMesh] Flat Raw Data = true\n"
+                                    : "[ZeltoMesh] Flat Raw Data = false\n",
+                     row.playbackLogged ? "Using playback: 1" : "Using playback: 0"}),
+              Messages());
     std::vector<uint64_t> sizes;
     for (const weftcore::FrameInfo& frame : GetFrames()) sizes.push_back(frame.channels[0].size);
     EXPECT_EQ(row.sizes, sizes);
     CloseSource();
+    EXPECT_EQ(0, meshMemory.heap.LiveCount());
   }
 }
 
 TEST_F(MeshSourceLife, DropsFramesItCannotBuildAndHandsTheUpstreamFrameBack) {
   const std::string loaded =
       "mesh loaded height:3 width:4 fx:2.000000 fy:2.000000 cx:1.500000 cy:1.000000";
+  const std::string fill = "[ZeltoMesh] fill frame error: ";
+  const std::string thrown =
+      fill + "kZeltoTofCamera2CurrentConfigurationKey: get throws (throw_get)";
+  const std::string small = fill + "point cloud is too small: size=66, expected=72";
   struct Case {
-    const char* name;
-    Faults faults;
-    bool refuseFirstMemory;
+    const char* knob;  // "": the first frame finds no frame memory
+    const char* value;
     Lines lines;  // over two requests
     std::vector<uint64_t> sequence;
   } const cases[] = {
-      {"no point-cloud channel",
-       [](ZeltoSim::SimFaults& f) { f.failSet = {ZeltoTof::kZeltoTofProcessTargetsKey}; }, false,
-       {loaded}, {}},
-      {"point cloud without memory", [](ZeltoSim::SimFaults& f) { f.pointCloud = "null"; }, false,
-       {loaded, "[ZeltoMesh] fill frame error: point cloud is null.",
-        "[ZeltoMesh] fill frame error: point cloud is null."},
-       {}},
-      {"point cloud one point short", [](ZeltoSim::SimFaults& f) { f.pointCloud = "short"; },
-       false,
-       {loaded, "[ZeltoMesh] fill frame error: point cloud is too small: size=66, expected=72",
-        "[ZeltoMesh] fill frame error: point cloud is too small: size=66, expected=72"},
-       {}},
-      {"configuration unreadable: empty meshes, silently",
-       [](ZeltoSim::SimFaults& f) {
-         f.failGet = {ZeltoTof::kZeltoTofCamera2CurrentConfigurationKey};
-       },
-       false, {}, {0, 1}},
-      {"configuration read throws",
-       [](ZeltoSim::SimFaults& f) {
-         f.throwGet = {ZeltoTof::kZeltoTofCamera2CurrentConfigurationKey};
-       },
-       false,
-       {"[ZeltoMesh] fill frame error: kZeltoTofCamera2CurrentConfigurationKey: get throws "
-        "(throw_get)",
-        "[ZeltoMesh] fill frame error: kZeltoTofCamera2CurrentConfigurationKey: get throws "
-        "(throw_get)"},
-       {}},
-      {"no frame memory: the number is used by the next frame", nullptr, true,
-       {loaded, "[ZeltoMesh] fill frame error: no memory"}, {0}},
+      {"fail_set", "kZeltoTofProcessTargetsKey", {loaded}, {}},  // no point-cloud channel
+      {"point_cloud", "null", {loaded, fill + "point cloud is null.", fill + "point cloud is null."}, {}},
+      {"point_cloud", "short", {loaded, small, small}, {}},
+      {"fail_get", "kZeltoTofCamera2CurrentConfigurationKey", {}, {0, 1}},  // empty meshes
+      {"throw_get", "kZeltoTofCamera2CurrentConfigurationKey", {thrown, thrown}, {}},
+      {"", "", {loaded, fill + "no memory"}, {0}},  // the number goes to the next frame
   };
   for (const Case& row : cases) {
-    SCOPED_TRACE(row.name);
-    ASSERT_TRUE(OpenHost(DeviceWith(row.faults)).ok());
+    SCOPED_TRACE(std::string(row.knob) + "=" + row.value);
+    ASSERT_TRUE(OpenHost(Device(row.knob, row.value)).ok());
     ASSERT_TRUE(source->Start().ok());
     logs.Clear();
     std::vector<uint64_t> sequence;
-    for (bool refuse : {row.refuseFirstMemory, false}) {
+    for (bool refuse : {*row.knob == '\0', false}) {
       meshMemory.refuse = refuse;
       for (const weftcore::FrameInfo& frame : GetFrames()) sequence.push_back(frame.sequenceNumber);
-      EXPECT_EQ(0, host->allocator().LiveCount());
+      EXPECT_EQ(0, host->allocator().LiveCount());  // the upstream frame is back
     }
-    EXPECT_EQ(row.lines, DebugLines(logs));
+    EXPECT_EQ(row.lines, Messages());
     EXPECT_EQ(row.sequence, sequence);
     CloseSource();
     EXPECT_EQ(0, meshMemory.heap.LiveCount());
@@ -236,35 +181,38 @@ TEST_F(MeshSourceLife, ReferenceArraysStayReadableUntilTheCallAfterNext) {
     records.emplace_back(bytes, bytes + channel.size);
     // The frame's memory goes back at once; the arrays it names are the source's.
     ASSERT_TRUE(source->ReleaseFrame(frames[0], nullptr).ok());
-    if (i == 1) {
-      EXPECT_EQ(std::vector<float>(12, Metres(1000)), DepthsOf(records[0].data(), 28));
-    }
+    if (i == 1) { EXPECT_EQ(std::vector<float>(12, 1.0f), DepthsOf(records[0].data(), 28)); }
   }
   // The third frame reuses the first one's arrays; the second's are intact.
-  EXPECT_EQ(std::vector<float>(12, Metres(3000)), DepthsOf(records[0].data(), 28));
-  EXPECT_EQ(std::vector<float>(12, Metres(2000)), DepthsOf(records[1].data(), 28));
+  EXPECT_EQ(std::vector<float>(12, 3.0f), DepthsOf(records[0].data(), 28));
+  EXPECT_EQ(std::vector<float>(12, 2.0f), DepthsOf(records[1].data(), 28));
   EXPECT_EQ(0, meshMemory.heap.LiveCount());
 }
 
 TEST_F(MeshSourceLife, EveryFrameMemoryBlockGoesBackThroughTheHost) {
-  for (bool flat : {false, true}) {
-    SCOPED_TRACE(flat ? "flat layout" : "reference layout");
-    ASSERT_TRUE(OpenHost(Device(), false).ok());
-    weftcore::Stream* mesh = nullptr;
-    ASSERT_TRUE(host->OpenStream("mesh", &mesh).ok());
-    weftcore::FrameRateProperty rate;
-    rate.num = flat ? 30 : 0;
-    ASSERT_TRUE(mesh->SetProperty(weftcore::kFrameRatePropertyKey, &rate).ok());
-    ASSERT_TRUE(mesh->Start().ok());
-    weftcore::Frame* frames[3] = {};
-    for (weftcore::Frame*& frame : frames) ASSERT_TRUE(mesh->GetFrame(&frame, 0).ok() && frame);
-    EXPECT_EQ(3, host->allocator().LiveCount());  // the upstream frames are back
-    ASSERT_TRUE(mesh->ReleaseFrame(frames[0]).ok());
-    EXPECT_EQ(2, host->allocator().LiveCount());
-    ASSERT_TRUE(mesh->Stop().ok());
-    ASSERT_TRUE(host->CloseStream(mesh).ok());  // the host hands the other two back
-    EXPECT_EQ(0, host->allocator().LiveCount());
-  }
+  ASSERT_TRUE(OpenHost(Device(), false).ok());
+  weftcore::Stream* mesh = nullptr;
+  ASSERT_TRUE(host->OpenStream("mesh", &mesh).ok());
+  ASSERT_TRUE(mesh->Start().ok());
+  weftcore::Frame* frames[3] = {};
+  for (weftcore::Frame*& frame : frames) ASSERT_TRUE(mesh->GetFrame(&frame, 0).ok() && frame);
+  EXPECT_EQ(3, host->allocator().LiveCount());  // the upstream frames are back
+  ASSERT_TRUE(mesh->ReleaseFrame(frames[0]).ok());
+  EXPECT_EQ(2, host->allocator().LiveCount());
+  ASSERT_TRUE(mesh->Stop().ok());
+  ASSERT_TRUE(host->CloseStream(mesh).ok());  // the host hands the other two back
+  EXPECT_EQ(0, host->allocator().LiveCount());
+}
+
+// The component's time helpers: a comparison relative to the larger value,
+// and a wait for what remains of a period, in whole milliseconds.
+TEST_F(MeshSourceLife, TimeHelpersCompareRelativelyAndWaitOutTheRemainder) {
+  EXPECT_TRUE(Zelto::CompareFloat(100.0f, 100.00001f));
+  EXPECT_FALSE(Zelto::CompareFloat(1.0f, 1.00000024f));
+  Zelto::WaitRemainingTime(std::chrono::steady_clock::now() - std::chrono::seconds(3), 10000);
+  const std::vector<uint64_t> waited = TakeSleeps();
+  ASSERT_EQ(1u, waited.size());
+  EXPECT_TRUE(waited[0] % 1000000 == 0 && waited[0] <= 7000000000u && waited[0] > 6000000000u);
 }
 
 }  // namespace
