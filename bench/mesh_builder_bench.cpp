@@ -1,4 +1,4 @@
-// Part 2.1: MeshBuilder::Fill on the real 640 x 480 redwood frame, against a
+// MeshBuilder::Fill on the real 640 x 480 redwood frame, against a
 // memcpy of as many bytes as the mesh data (12 V + 12 T) in the same binary.
 // Counters, in thread CPU time (which other processes on a shared machine
 // disturb less than wall time): fill_cpu_us, the mean Fill; memcpy_cpu_us,
