@@ -66,8 +66,8 @@ inline std::string RecordingDirectory() {
   return recording.dir.string();
 }
 
-// The sim over that recording, with one failure knob given as its component
-// argument, if any; logging at Debug, the level the mesh source adopts.
+// The sim over that recording, plus one component argument (a failure knob) if given;
+// logging at Debug, the level the mesh source adopts.
 inline ZeltoSim::HostOptions Device(const std::string& knob = "", const std::string& value = "") {
   ZeltoSim::HostOptions options;
   options.sim.input = RecordingDirectory();

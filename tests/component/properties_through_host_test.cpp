@@ -46,8 +46,9 @@ TEST(MeshProperties, AnswerClientBytesThroughTheHost) {
     std::string error;  // "<block>: <message>", "" for OK
   } const cases[] = {
       // clang-format off
-      {kLog, kGet, {}, LogLevel(3), ""},  // the device's level, adopted at Open
+      {kLog, kGet, {}, LogLevel(5), ""},  // the device's level, adopted at Open
       {kLog, kSet, LogLevel(9), {}, "ZeltoMesh: property log level 9 is out of range."},
+      {kLog, kSet, LogLevel(1), {}, "ZeltoMesh: property log level 1 is out of range."},
       {kLog, kSet, kNull, {}, "Zelto: property is null."},
       {kLog, kSet, LogLevel(7), {}, ""},
       {kLog, kGet, {}, LogLevel(7), ""},
@@ -74,7 +75,7 @@ TEST(MeshProperties, AnswerClientBytesThroughTheHost) {
       {kMask, kSet, kNull, {}, "ZeltoMesh: property is null."},
       // clang-format on
   };
-  weftcore::host::HostCore host(ZeltoSim::BuildHostConfiguration(Device()));
+  weftcore::host::HostCore host(ZeltoSim::BuildHostConfiguration(Device("log_level", "5")));
   weftcore::Stream* mesh = nullptr;
   ASSERT_TRUE(host.OpenStream("mesh", &mesh).ok());
   for (const Case& row : cases) {
