@@ -1,3 +1,5 @@
+// ParseCommandLine: CLI11 with the value checks of run_options.h, so that a bad
+// argument is one "error: " line before anything runs.
 #include "command_line.h"
 
 #include <charconv>
@@ -97,7 +99,7 @@ void AddRunOptions(CLI::App* run, RunOptions* options) {
          "--mask",
          [options](const std::vector<std::string>& texts) {
            for (const std::string& text : texts) {
-             options->masks.push_back(ParseChecked(ParseMaskSpec, text));
+             options->masks.push_back(ParseChecked(ParseMaskOption, text));
            }
          },
          "Enable masking with this segmentation mask (repeatable): remove the points it covers, "
@@ -105,7 +107,7 @@ void AddRunOptions(CLI::App* run, RunOptions* options) {
          "the recording's masks/NAME/mask.json, color for the synthetic scene) "
          "(kZeltoMeshMaskSettingsKey)")
       ->type_name("NAME[:color|:depth][:invert]")
-      ->check(CheckWith(ParseMaskSpec));
+      ->check(CheckWith(ParseMaskOption));
   run->add_option_function<int>(
          "--mask-threshold", [options](int threshold) { options->mask_threshold = threshold; },
          "Mask bytes above T are inside the mask; default: the source's (55)")

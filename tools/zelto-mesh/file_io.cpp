@@ -1,3 +1,4 @@
+// WriteFile: a whole file at once, its error naming the file and the reason.
 #include "file_io.h"
 
 #include <cerrno>

@@ -1,3 +1,4 @@
+// StatsLine: one frame's record as a single JSON object, keys in a fixed order.
 #include "frame_record.h"
 
 #include <cmath>

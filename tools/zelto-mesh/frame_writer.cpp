@@ -1,3 +1,4 @@
+// WriteFrame and the per-frame file names.
 #include "frame_writer.h"
 
 #include <cstdio>

@@ -1,3 +1,5 @@
+// InfoCommand: what the component offers, read from a "mesh" source opened as
+// `run` opens it on the synthetic scene.
 #include "info_command.h"
 
 #include <iostream>

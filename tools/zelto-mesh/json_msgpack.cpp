@@ -1,3 +1,4 @@
+// JsonToMsgpack and MsgpackToJson over msgpack-c's packer and unpacker.
 #include "json_msgpack.h"
 
 #include <charconv>

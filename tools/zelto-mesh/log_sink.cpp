@@ -1,3 +1,4 @@
+// StderrLogSink: the platform log's records as lines on stderr.
 #include "log_sink.h"
 
 #include <cstdio>

@@ -1,4 +1,5 @@
-// A mesh copied out of a delivered frame, in either layout of Part 2.1.
+// A mesh copied out of a delivered frame, whichever layout the source chose:
+// the self-contained flat bytes or the record that points into its arrays.
 #pragma once
 
 #include <cstdint>

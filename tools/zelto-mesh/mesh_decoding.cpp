@@ -1,3 +1,5 @@
+// DecodeMesh: the flat bytes read field by field, the reference record's
+// arrays copied out while they are still valid.
 #include "mesh_decoding.h"
 
 #include <cstring>

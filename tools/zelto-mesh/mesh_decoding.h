@@ -1,4 +1,4 @@
-// Channel 0 of a mesh frame to a Mesh (Part 2.1, output layouts).
+// Channel 0 of a mesh frame to a Mesh, from either layout the source delivers.
 #pragma once
 
 #include <cstddef>

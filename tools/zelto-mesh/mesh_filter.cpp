@@ -1,3 +1,5 @@
+// WithoutInvalidDepth: the mesh a viewer should see, without the vertices the
+// builder parked at the invalid depth.
 #include "mesh_filter.h"
 
 #include <cstddef>

@@ -1,3 +1,4 @@
+// MeshSession: Open, Start and Stop, and the wind-down on destruction.
 #include "mesh_session.h"
 
 namespace zelto_cli {

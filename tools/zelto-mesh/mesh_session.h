@@ -1,7 +1,7 @@
 // The host side of one "mesh" stream: HostCore over the mesh component and
-// the simulator, the stream opened through it, and the order of life of the
-// spec's Overview kept on every way out (Stop if started, CloseStream,
-// Finalize).
+// the simulator, and the stream opened through it. Whichever way a command
+// ends, the stream is wound down in the order the component expects: Stop if
+// started, then CloseStream, then Finalize.
 #pragma once
 
 #include <memory>
@@ -27,7 +27,6 @@ class MeshSession {
   weftcore::Status Stop();
 
   weftcore::Stream* stream() const { return stream_; }
-  weftcore::host::HostCore& core() { return core_; }
 
  private:
   weftcore::host::HostCore core_;

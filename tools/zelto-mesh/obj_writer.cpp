@@ -1,3 +1,4 @@
+// EncodeObj: text a viewer reads back into exactly the delivered floats.
 #include "obj_writer.h"
 
 #include <charconv>

@@ -1,3 +1,4 @@
+// EncodePly: the header, then the vertex and face records as one block each.
 #include "ply_writer.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// WritePng: an RGB image through libspng.
 #include "png_writer.h"
 
 #include <cstdlib>

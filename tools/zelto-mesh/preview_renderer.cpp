@@ -1,3 +1,4 @@
+// RenderPreview: a small software rasterizer, enough to see what was meshed.
 #include "preview_renderer.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// ProgressBar: one line redrawn in place with a carriage return, erased at the end.
 #include "progress_bar.h"
 
 #include <unistd.h>

@@ -1,3 +1,5 @@
+// Property access through the serialized path, as any client of the host
+// would do it.
 #include "property_client.h"
 
 #include <stdexcept>

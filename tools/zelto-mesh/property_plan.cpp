@@ -1,3 +1,4 @@
+// ApplyProperties: the options of a run turned into property sets, in order.
 #include "property_plan.h"
 
 #include "property_client.h"
@@ -39,9 +40,9 @@ bool RecordingMaskIsColor(const ZeltoSim::Recording* recording, const std::strin
 
 }  // namespace
 
-Json MaskInfoJson(const std::vector<MaskSpec>& masks, const ZeltoSim::Recording* recording) {
+Json MaskInfoJson(const std::vector<MaskOption>& masks, const ZeltoSim::Recording* recording) {
   Json list = Json::array();
-  for (const MaskSpec& mask : masks) {
+  for (const MaskOption& mask : masks) {
     list.push_back(Json{
         {"name", mask.name},
         {"isColorSource", mask.isColorSource.value_or(RecordingMaskIsColor(recording, mask.name))},

@@ -23,6 +23,6 @@ weftcore::Status ApplyProperties(weftcore::Stream* stream, const RunOptions& opt
                                  const ZeltoSim::Recording* recording, std::string* action);
 
 // The mask info list of kZeltoMeshMaskSettingsKey for `masks`.
-Json MaskInfoJson(const std::vector<MaskSpec>& masks, const ZeltoSim::Recording* recording);
+Json MaskInfoJson(const std::vector<MaskOption>& masks, const ZeltoSim::Recording* recording);
 
 }  // namespace zelto_cli

@@ -1,3 +1,5 @@
+// RunCommand: checks everything that can be checked before the first output,
+// then opens the stream, sets its properties, takes and writes the frames.
 #include "run_command.h"
 
 #include <chrono>

@@ -1,5 +1,5 @@
-// `zelto-mesh run`: the order of life of the spec's Overview, from the host's
-// side, with the frames written out.
+// `zelto-mesh run`: a stream's whole life from the host's side (open, set the
+// properties, start, take the frames, stop, close), with the frames written out.
 #pragma once
 
 #include "run_options.h"

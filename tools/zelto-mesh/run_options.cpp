@@ -1,3 +1,4 @@
+// The parsers of the option values that are more than a number.
 #include "run_options.h"
 
 #include <charconv>
@@ -14,8 +15,8 @@ bool ParseUint32(const std::string& text, uint32_t* value) {
 
 }  // namespace
 
-bool ParseMaskSpec(const std::string& text, MaskSpec* mask, std::string* error) {
-  MaskSpec parsed;
+bool ParseMaskOption(const std::string& text, MaskOption* mask, std::string* error) {
+  MaskOption parsed;
   const size_t colon = text.find(':');
   parsed.name = text.substr(0, colon);
   if (parsed.name.empty()) {

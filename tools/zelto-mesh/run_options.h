@@ -14,7 +14,7 @@ namespace zelto_cli {
 // One --mask NAME[:color|:depth][:invert].
 // Without :color or :depth the source follows the recording's mask track
 // (masks/NAME/mask.json), and is colour for the synthetic scene.
-struct MaskSpec {
+struct MaskOption {
   std::string name;
   std::optional<bool> isColorSource;
   bool isInvertMask = false;
@@ -40,7 +40,7 @@ struct RunOptions {
   std::optional<FrameRate> frame_rate;
   bool remote = false;
   bool player = true;  // map "player_tof_stream" when there is a recording
-  std::vector<MaskSpec> masks;
+  std::vector<MaskOption> masks;
   std::optional<int> mask_threshold;
   std::vector<PropertySetting> settings;
   std::vector<std::string> gets;
@@ -57,7 +57,7 @@ constexpr int kSceneFrames = 60;
 
 // Parsers of the option values that need more than a number. Each returns
 // false with a one-line `error` that quotes the text.
-bool ParseMaskSpec(const std::string& text, MaskSpec* mask, std::string* error);
+bool ParseMaskOption(const std::string& text, MaskOption* mask, std::string* error);
 bool ParseFrameRate(const std::string& text, FrameRate* rate, std::string* error);
 // A level name (verbose, debug, info, warn, error, silent) or a number 2..8.
 bool ParseLogLevel(const std::string& text, int* level, std::string* error);

@@ -1,3 +1,4 @@
+// MedianBuildMs and SummaryText: the lines printed after a run.
 #include "run_summary.h"
 
 #include <algorithm>

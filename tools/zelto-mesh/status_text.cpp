@@ -1,3 +1,4 @@
+// DescribeStatus and ErrorLine: a weftcore::Status as the user reads it.
 #include "status_text.h"
 
 namespace zelto_cli {
