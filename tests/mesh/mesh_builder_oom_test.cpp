@@ -1,6 +1,5 @@
-// Running out of heap for the record arrays: std::bad_alloc must not cross
-// the component boundary, and the records keep the arrays that frames handed
-// out earlier name. A program of its own: it replaces the global array new.
+// Running out of heap for the record arrays: std::bad_alloc must not cross the component boundary,
+// and the records keep the arrays earlier frames name. Its own program: it replaces array new.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -14,9 +13,8 @@ size_t failArraysFrom = 0;  // array allocations of at least this many bytes thr
 }  // namespace
 
 void* operator new[](std::size_t size) {
-  if (failArraysFrom != 0 && size >= failArraysFrom) throw std::bad_alloc();
-  if (void* memory = std::malloc(size == 0 ? 1 : size)) return memory;
-  throw std::bad_alloc();
+  void* memory = failArraysFrom != 0 && size >= failArraysFrom ? nullptr : std::malloc(size == 0 ? 1 : size);
+  return memory != nullptr ? memory : throw std::bad_alloc();
 }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
@@ -28,8 +26,8 @@ TEST(MeshBuilder, TurnsBadAllocOfTheRecordArraysIntoAStatusAndKeepsTheRecords) {
   MeshHarness harness;
   const std::vector<int16_t> small = ConstantPointCloud(2, 2, 1000);
   const std::vector<int16_t> large = ConstantPointCloud(64, 64, 1000);
-  const FillResult first = harness.Fill(small.data(), 2, 2);
-  const FillResult second = harness.Fill(small.data(), 2, 2);
+  const Bytes first = harness.Fill(small.data(), 2, 2).bytes;
+  const Bytes second = harness.Fill(small.data(), 2, 2).bytes;
   failArraysFrom = 4096;  // the 64 x 64 vertices need 49152 bytes
   const FillResult failed = harness.Fill(large.data(), 64, 64);
   failArraysFrom = 0;
@@ -39,10 +37,10 @@ TEST(MeshBuilder, TurnsBadAllocOfTheRecordArraysIntoAStatusAndKeepsTheRecords) {
   EXPECT_EQ(failed.channelCount, 0u);
   EXPECT_EQ(harness.allocator.live, 0);
   // Both records still hold their arrays: the next two frames reuse them.
-  const FillResult third = harness.Fill(small.data(), 2, 2);
-  const FillResult fourth = harness.Fill(small.data(), 2, 2);
-  EXPECT_EQ((std::set<const float*>{VerticesOf(first.bytes), VerticesOf(second.bytes)}),
-            (std::set<const float*>{VerticesOf(third.bytes), VerticesOf(fourth.bytes)}));
+  const Bytes third = harness.Fill(small.data(), 2, 2).bytes;
+  const Bytes fourth = harness.Fill(small.data(), 2, 2).bytes;
+  EXPECT_EQ((std::set<const float*>{VerticesOf(first), VerticesOf(second)}),
+            (std::set<const float*>{VerticesOf(third), VerticesOf(fourth)}));
   EXPECT_TRUE(harness.Fill(large.data(), 64, 64).status.ok());  // memory is back: it works again
 }
 

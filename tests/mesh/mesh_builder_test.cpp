@@ -1,9 +1,6 @@
-// The builder at the limits of what a client's reduction level and a host's
-// image size can ask for, the lifetime of the arrays reference-layout frames
-// point at (run under AddressSanitizer), and frame-memory failures as statuses.
+// The builder at the limits of a client's reduction level and a host's image size, the lifetime of
+// the arrays reference-layout frames point at (under AddressSanitizer), and frame-memory failures.
 #include <gtest/gtest.h>
-
-#include <limits>
 
 #include "mesh/mesh_grid.h"
 #include "mesh_harness.h"
@@ -17,8 +14,7 @@ TEST(MeshBuilder, HandlesExtremeSizesAndLevels) {
     const char* name;
     int32_t level, width, height, vertices, triangles;
     const char* error;
-  };
-  const Case cases[] = {
+  } const cases[] = {
       {"level 2147483647 wraps the step to INT32_MIN", 2147483647, 640, 480, 0, 0, nullptr},
       {"level 639: one sample of 640 x 480", 639, 640, 480, 1, 0, nullptr},
       {"level 2147483646", 2147483646, 640, 480, 1, 0, nullptr},
@@ -49,20 +45,17 @@ TEST(MeshBuilder, HandlesExtremeSizesAndLevels) {
       EXPECT_EQ(harness.NextResetFlag(), 0);  // period 2: the refused frame was not counted
       continue;
     }
-    ASSERT_TRUE(result.status.ok()) << result.status.message();
-    ASSERT_EQ(result.flat.size(), 12u * row.vertices + 12u * row.triangles + 9);
+    ASSERT_EQ(result.flat.size(), 12u * row.vertices + 12u * row.triangles + 9) << result.status.message();
     EXPECT_EQ(FieldOf<int32_t>(result.flat, 0), row.vertices);
     EXPECT_EQ(FieldOf<int32_t>(result.flat, 4 + 12 * row.vertices), row.triangles);
-    const bool sampled = row.width > 0;  // pixel (0, 0) at 1.5 m
-    if (row.vertices > 0) {
-      EXPECT_EQ(Bytes(result.flat.begin() + 4, result.flat.begin() + 16),
-                zelto_test::LeBytes().F32Bits({sampled ? 0xBF69B102u : 0, sampled ? 0xBF2F2D59u : 0,
-                                               sampled ? 0x3FC00000u : 0}).bytes());
-    }
+    if (row.vertices == 0) continue;
+    const uint32_t sampled = row.width > 0 ? 0xFFFFFFFF : 0;  // pixel (0, 0) at 1.5 m, or zeros
+    EXPECT_EQ(Bytes(result.flat.begin() + 4, result.flat.begin() + 16),
+              zelto_test::LeBytes().F32Bits({0xBF69B102 & sampled, 0xBF2F2D59 & sampled, 0x3FC00000 & sampled}).bytes());
   }
   // Converting an infinite float to int32 is undefined: the quotient saturates instead.
-  EXPECT_EQ(ZeltoMesh::ComputeMeshGrid(-1, 5, -5).nx, std::numeric_limits<int32_t>::max());
-  EXPECT_EQ(ZeltoMesh::ComputeMeshGrid(-1, 5, -5).ny, std::numeric_limits<int32_t>::min());
+  EXPECT_EQ(ZeltoMesh::ComputeMeshGrid(-1, 5, -5).nx, INT32_MAX);
+  EXPECT_EQ(ZeltoMesh::ComputeMeshGrid(-1, 5, -5).ny, INT32_MIN);
 }
 
 TEST(MeshBuilder, KeepsReplacedArraysReadableUntilCloseAndFreesThemOnce) {
@@ -71,8 +64,8 @@ TEST(MeshBuilder, KeepsReplacedArraysReadableUntilCloseAndFreesThemOnce) {
   const FillResult first = harness.Fill(small.data(), 3, 3);
   const FillResult second = harness.Fill(small.data(), 3, 3);
   EXPECT_NE(VerticesOf(first.bytes), VerticesOf(second.bytes));  // two records
-  // The first record comes round with other counts and gets new arrays; a
-  // frame handed out earlier still reads the old mesh.
+  // The first record comes round with other counts and gets new arrays; a frame
+  // handed out earlier still reads the old mesh.
   const FillResult resized = harness.Fill(ConstantPointCloud(4, 4, 2000).data(), 4, 4);
   EXPECT_NE(VerticesOf(resized.bytes), VerticesOf(first.bytes));
   EXPECT_EQ(FlatOf(first.bytes), first.flat);
@@ -85,43 +78,37 @@ TEST(MeshBuilder, KeepsReplacedArraysReadableUntilCloseAndFreesThemOnce) {
 }
 
 TEST(MeshBuilder, ReportsFrameMemoryFailuresAndKeepsNoBlock) {
+  const weftcore::Status heapExhausted =
+      weftcore::Status(weftcore::kLevelError, weftcore::kCauseOutOfMemory, "heap exhausted").SetBlock("core");
   struct Case {
     const char* name;
-    bool hostError, noBlock, nullAddress, flat;
+    TestAllocator::Faults faults;
+    bool flat;
     const char* message;
-  };
-  const Case cases[] = {
-      {"the host's allocator fails", true, false, false, false, "heap exhausted"},
-      {"an OK status without a block", false, true, false, false,
+  } const cases[] = {
+      {"the host's allocator fails: its status, traced", {heapExhausted}, false, "heap exhausted"},
+      {"an OK status without a block", {{}, true}, false,
        "frame memory for the mesh (28 bytes): the allocator returned no block"},
-      {"a block one byte short", false, false, false, true,
+      {"a block one byte short", {{}, false, false, 1}, true,
        "frame memory for the mesh (81 bytes): the block is missing or too small"},
-      {"a block without address", false, false, true, false,
+      {"a block without address", {{}, false, true}, false,
        "frame memory for the mesh (28 bytes): the block is missing or too small"},
   };
   for (const Case& row : cases) {
     SCOPED_TRACE(row.name);
     MeshHarness harness;
-    TestAllocator& allocator = harness.allocator;
     harness.builder.resetTrianglePeriod = 2;
     harness.flatRawData = row.flat;
-    if (row.hostError) {
-      allocator.failWith = weftcore::Status(weftcore::kLevelError, weftcore::kCauseOutOfMemory,
-                                            "heap exhausted").SetBlock("core");
-    }
-    allocator.noBlock = row.noBlock;
-    allocator.nullAddress = row.nullAddress;
-    allocator.shortBy = row.flat ? 1 : 0;
+    harness.allocator.faults = row.faults;
     const FillResult result = harness.Fill(ConstantPointCloud(2, 2, 1000).data(), 2, 2);
+    const bool fromHost = row.faults.failWith.IsError();
     EXPECT_EQ(result.status.cause(), weftcore::kCauseOutOfMemory);
-    EXPECT_EQ(result.status.block(), row.hostError ? "core" : "ZeltoMesh");
+    EXPECT_EQ(result.status.block(), fromHost ? "core" : "ZeltoMesh");
     EXPECT_EQ(result.status.message(), row.message);
-    EXPECT_EQ(result.status.trace().size(), row.hostError ? 1u : 0u);
+    EXPECT_EQ(result.status.trace().size(), fromHost ? 1u : 0u);
     EXPECT_EQ(result.channelCount, 0u);
-    EXPECT_EQ(allocator.live, 0);
-    allocator.failWith = weftcore::Status();
-    allocator.noBlock = allocator.nullAddress = false;
-    allocator.shortBy = 0;
+    EXPECT_EQ(harness.allocator.live, 0);
+    harness.allocator.faults = {};
     EXPECT_EQ(harness.NextResetFlag(), 1);  // period 2: the failed frame still counted
   }
 }

@@ -1,6 +1,5 @@
-// One MeshBuilder with the lock and flags its source passes in, a frame-memory
-// allocator that can fail in every way a host's can, and the delivered mesh
-// read back in the flat layout whichever layout was delivered.
+// One MeshBuilder with the lock and flags its source passes in, a frame-memory allocator that can
+// fail in every way a host's can, and the delivered mesh read back in the flat layout.
 #pragma once
 
 #include <atomic>
@@ -17,8 +16,19 @@ using zelto_test::Bytes;
 
 class TestAllocator final : public weftcore::MemoryAllocator {
  public:
+  struct Faults {
+    weftcore::Status failWith;  // Allocate's status when an error
+    bool noBlock = false;       // an OK status without a block
+    bool nullAddress = false;   // blocks whose address is null
+    uint64_t shortBy = 0;       // blocks this many bytes smaller than asked
+    uint64_t misalignment = 0;  // addresses this many bytes past a malloc'd one
+  } faults;
+  int64_t live = 0;
+  int64_t allocations = 0;
+
   struct Block final : weftcore::Memory {
-    Block(uint64_t size, uint64_t offset, bool null) : bytes(size + offset), offset(offset), null(null) {}
+    Block(uint64_t size, const Faults& f)
+        : bytes(size + f.misalignment), offset(f.misalignment), null(f.nullAddress) {}
     void* GetAddress() override { return null ? nullptr : bytes.data() + offset; }
     uint64_t GetSize() override { return bytes.size() - offset; }
     std::vector<unsigned char> bytes;
@@ -27,8 +37,8 @@ class TestAllocator final : public weftcore::MemoryAllocator {
   };
   weftcore::Status Allocate(uint64_t size, weftcore::Memory** memory) override {
     ++allocations;
-    if (failWith.IsError() || noBlock) return failWith;
-    *memory = new Block(size > shortBy ? size - shortBy : 0, misalignment, nullAddress);
+    if (faults.failWith.IsError() || faults.noBlock) return faults.failWith;
+    *memory = new Block(size > faults.shortBy ? size - faults.shortBy : 0, faults);
     ++live;
     return weftcore::Status();
   }
@@ -37,13 +47,6 @@ class TestAllocator final : public weftcore::MemoryAllocator {
     --live;
     return weftcore::Status();
   }
-  weftcore::Status failWith;  // Allocate's status when an error
-  bool noBlock = false;       // an OK status without a block
-  bool nullAddress = false;   // blocks whose address is null
-  uint64_t shortBy = 0;       // blocks this many bytes smaller than asked
-  uint64_t misalignment = 0;  // addresses this many bytes past a malloc'd one
-  int64_t live = 0;
-  int64_t allocations = 0;
 };
 
 // A field of delivered bytes; a reference-layout frame's arrays are read through its addresses.
@@ -101,8 +104,8 @@ struct MeshHarness {
     return result;
   }
   int NextResetFlag() {  // of a 2 x 2 frame; -1 when it fails
-    const FillResult next = Fill(ConstantPointCloud(2, 2, 1000).data(), 2, 2);
-    return next.flat.empty() ? -1 : next.flat.back();
+    const Bytes flat = Fill(ConstantPointCloud(2, 2, 1000).data(), 2, 2).flat;
+    return flat.empty() ? -1 : flat.back();
   }
 
   ZeltoMesh::MeshBuilder builder;

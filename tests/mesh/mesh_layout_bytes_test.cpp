@@ -44,10 +44,7 @@ TEST(MeshLayout, DeliversTheExactBytesOfBothLayouts) {
   struct Case {
     const char* name;
     int32_t level;
-    bool reset;
-    bool flat;
-    bool frameRate30;  // chooses the flat layout on its own
-    bool zeroFx;
+    bool reset, flat, frameRate30, zeroFx;  // frameRate30 chooses the flat layout on its own
     std::vector<int32_t> indices;
   };
   const Case cases[] = {
@@ -59,6 +56,8 @@ TEST(MeshLayout, DeliversTheExactBytesOfBothLayouts) {
       {"reference, level 1, reset", 1, true, false, false, false, {0, 1, 3, 0, 3, 2}},
       {"flat, fx 0: the depths still decide the split", 0, true, true, false, true, kRefitted},
   };
+  const std::vector<int16_t> points =  // millimetres; 0 and 9 become 32001, 10 is kept
+      PointCloud({1000, 2000, 0, 1000, 2000, 1000, 1000, 9, 10, 1000, 2000, 1000});
   for (const Case& row : cases) {
     SCOPED_TRACE(row.name);
     MeshHarness harness;
@@ -67,17 +66,13 @@ TEST(MeshLayout, DeliversTheExactBytesOfBothLayouts) {
     harness.flatRawData = row.flat;
     harness.frameRate30 = row.frameRate30;
     if (row.zeroFx) harness.intrinsics = {0.0f, 4.0f, 1.0f, 1.0f};
-    const std::vector<int16_t> points =  // millimetres; 0 and 9 become 32001, 10 is kept
-        PointCloud({1000, 2000, 0, 1000, 2000, 1000, 1000, 9, 10, 1000, 2000, 1000});
     FillResult result = harness.Fill(points.data(), 4, 3);
-    ASSERT_TRUE(result.status.ok()) << result.status.message();
-    ASSERT_EQ(result.channelCount, 1u);
+    ASSERT_EQ(result.channelCount, 1u) << result.status.message();
     EXPECT_EQ(result.channel.channelId, 0u);
     EXPECT_EQ(result.channel.offset, 0u);
     EXPECT_EQ(result.channel.type, "kRawDataTypeMesh");
     EXPECT_EQ(result.channel.capturedTimestamp, 0u);
     EXPECT_EQ(harness.allocator.live, 0);
-
     const std::vector<uint32_t> vertices = VertexBits(row.zeroFx, row.level == 0 ? kLevel0 : kLevel1);
     ASSERT_GE(result.flat.size(), 4 * vertices.size() + 4);
     zelto_test::LeBytes expected;

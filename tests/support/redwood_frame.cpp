@@ -9,12 +9,14 @@
 #include <iterator>
 #include <memory>
 #include <stdexcept>
+#include <string>
 
 namespace ZeltoTest {
 
-std::vector<uint16_t> ReadDepthPng(const std::string& path, int32_t* width, int32_t* height) {
+PointCloudImage LoadRedwoodFrame(int index) {
+  const std::string path = std::string(ZELTO_EXAMPLES_DIR) + "/redwood/depth/" +
+                           std::to_string(100000 + index).substr(1) + ".png";
   std::ifstream file(path, std::ios::binary);
-  if (!file) throw std::runtime_error(path + ": cannot open");
   const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
   const std::unique_ptr<spng_ctx, decltype(&spng_ctx_free)> png(spng_ctx_new(0), spng_ctx_free);
   const auto check = [&path](int error) {
@@ -30,38 +32,24 @@ std::vector<uint16_t> ReadDepthPng(const std::string& path, int32_t* width, int3
   check(spng_decoded_image_size(png.get(), SPNG_FMT_RAW, &size));
   std::vector<unsigned char> raw(size);
   check(spng_decode_image(png.get(), raw.data(), raw.size(), SPNG_FMT_RAW, 0));
-  *width = static_cast<int32_t>(header.width);
-  *height = static_cast<int32_t>(header.height);
-  std::vector<uint16_t> depth(raw.size() / 2);
-  for (size_t i = 0; i < depth.size(); ++i) depth[i] = uint16_t(raw[2 * i] << 8 | raw[2 * i + 1]);
-  return depth;
-}
 
-PointCloudImage DepthToPointCloud(const std::vector<uint16_t>& depth, int32_t width,
-                                  int32_t height, const RedwoodIntrinsics& k) {
+  const RedwoodIntrinsics k;
   const auto toInt16 = [](double value, double low) {
     return static_cast<int16_t>(std::clamp(std::round(value), low, 32767.0));
   };
-  PointCloudImage image{width, height, std::vector<int16_t>(3 * size_t(width) * size_t(height))};
-  for (int32_t v = 0; v < height; ++v) {
-    for (int32_t u = 0; u < width; ++u) {
-      const size_t pixel = size_t(v) * size_t(width) + size_t(u);
-      const double z = toInt16(depth[pixel] * 1000.0 / k.depthScale, 0.0);
+  PointCloudImage image{int32_t(header.width), int32_t(header.height), {}};
+  image.points.resize(3 * size / 2);
+  for (int32_t v = 0; v < image.height; ++v) {
+    for (int32_t u = 0; u < image.width; ++u) {
+      const size_t pixel = size_t(v) * size_t(image.width) + size_t(u);
+      const int depth = raw[2 * pixel] << 8 | raw[2 * pixel + 1];
+      const double z = toInt16(depth * 1000.0 / k.depthScale, 0.0);
       image.points[3 * pixel + 0] = toInt16((u - double{k.cx}) * z / k.fx, -32768.0);
       image.points[3 * pixel + 1] = toInt16((v - double{k.cy}) * z / k.fy, -32768.0);
       image.points[3 * pixel + 2] = static_cast<int16_t>(z);
     }
   }
   return image;
-}
-
-PointCloudImage LoadRedwoodFrame(int index) {
-  const std::string name = std::to_string(100000 + index).substr(1);  // 00000 ... 99999
-  int32_t width = 0;
-  int32_t height = 0;
-  const std::vector<uint16_t> depth =
-      ReadDepthPng(std::string(ZELTO_EXAMPLES_DIR) + "/redwood/depth/" + name + ".png", &width, &height);
-  return DepthToPointCloud(depth, width, height, RedwoodIntrinsics{});
 }
 
 }  // namespace ZeltoTest
