@@ -60,18 +60,27 @@ const std::set<std::string>& PropertyKeys() {
   return keys;
 }
 
-weftcore::Status ParseList(const std::string& key, const std::string& value,
-                           const std::set<std::string>& allowed, const char* kind,
-                           std::set<std::string>* list) {
-  list->clear();
+// Each list knob: its argument key, its field and whether it names source
+// types (else property keys).
+struct ListKnob {
+  const char* key;
+  std::set<std::string> SimFaults::*list;
+  bool namesSourceTypes;
+};
+
+weftcore::Status ParseList(const ListKnob& knob, const std::string& value, SimFaults* faults) {
+  std::set<std::string>& list = faults->*knob.list;
+  list.clear();
   std::istringstream items(value);
   std::string item;
   while (std::getline(items, item, ',')) {
-    if (allowed.count(item) == 0) {
-      return SimError(weftcore::kCauseInvalidArgument, "component argument \"" + key +
-                                                           "\": \"" + item + "\" is not " + kind);
+    if (knob.namesSourceTypes && SourceTypes().count(item) == 0) {
+      return BadValue(knob.key, item, "a source type");
     }
-    list->insert(item);
+    if (!knob.namesSourceTypes && PropertyKeys().count(item) == 0) {
+      return BadValue(knob.key, item, "a property of the sim");
+    }
+    list.insert(item);
   }
   return weftcore::Status();
 }
@@ -81,13 +90,6 @@ std::string JoinList(const std::set<std::string>& list) {
   for (const std::string& item : list) text += (text.empty() ? "" : ",") + item;
   return text;
 }
-
-// Each list knob: its argument key, its field and what it may name.
-struct ListKnob {
-  const char* key;
-  std::set<std::string> SimFaults::*list;
-  bool namesSourceTypes;
-};
 
 constexpr ListKnob kListKnobs[] = {
     {"fail_open", &SimFaults::failOpen, true},   {"fail_start", &SimFaults::failStart, true},
@@ -148,11 +150,7 @@ weftcore::Status ParseSimOptions(const weftcore::ComponentArgument& args, SimOpt
     } else if (key == "realtime") {
       if (!ParseFlag(value, &options->realtime)) return BadValue(key, value, "true or false");
     } else if (const ListKnob* knob = FindListKnob(key)) {
-      const weftcore::Status status =
-          knob->namesSourceTypes
-              ? ParseList(key, value, SourceTypes(), "a source type", &(options->faults.*knob->list))
-              : ParseList(key, value, PropertyKeys(), "a property of the sim",
-                          &(options->faults.*knob->list));
+      const weftcore::Status status = ParseList(*knob, value, &options->faults);
       if (status.IsError()) return status;
     } else if (key == "point_cloud") {
       if (value != "full" && value != "null" && value != "short") {

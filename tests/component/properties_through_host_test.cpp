@@ -55,7 +55,7 @@ TEST(MeshProperties, AnswerClientBytesThroughTheHost) {
       {kInfo, kGet, {}, Channels(1, kMesh), ""},
       {kInfo, kGet, Channels(1, Channel(3, "color", "Color")),
        Channels(2, Cat({kMesh, Channel(3, "color", "Color")})), ""},
-      {kInfo, kGet, Channels(1, Channel(0, "depth", "D")), Channels(1, Channel(0, "depth", "D")), ""},
+      {kInfo, kGet, Channels(1, Channel(0, "d", "D")), Channels(1, Channel(0, "d", "D")), ""},
       {kRate, kSet, FrameRate(15), {}, ""},
       {kRate, kGet, {}, FrameRate(30), ""},
       {kRate, kSet, kNull, {}, "ZeltoMesh: Null pointer"},

@@ -135,6 +135,7 @@ TEST_F(MeshSourceLife, DropsFramesItCannotBuildAndHandsTheUpstreamFrameBack) {
   const std::string thrown =
       fill + "kZeltoTofCamera2CurrentConfigurationKey: get throws (throw_get)";
   const std::string small = fill + "point cloud is too small: size=66, expected=72";
+  const std::string null = fill + "point cloud is null.";
   struct Case {
     const char* knob;  // "": the first frame finds no frame memory
     const char* value;
@@ -142,7 +143,7 @@ TEST_F(MeshSourceLife, DropsFramesItCannotBuildAndHandsTheUpstreamFrameBack) {
     std::vector<uint64_t> sequence;
   } const cases[] = {
       {"fail_set", "kZeltoTofProcessTargetsKey", {loaded}, {}},  // no point-cloud channel
-      {"point_cloud", "null", {loaded, fill + "point cloud is null.", fill + "point cloud is null."}, {}},
+      {"point_cloud", "null", {loaded, null, null}, {}},
       {"point_cloud", "short", {loaded, small, small}, {}},
       {"fail_get", "kZeltoTofCamera2CurrentConfigurationKey", {}, {0, 1}},  // empty meshes
       {"throw_get", "kZeltoTofCamera2CurrentConfigurationKey", {thrown, thrown}, {}},

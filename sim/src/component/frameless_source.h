@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -26,13 +27,13 @@ class FramelessSource : public weftcore::StreamSource {
                                 const std::vector<uint32_t>* /*ids*/) override {
     return weftcore::Status();
   }
-  weftcore::Status Close() override { return Refused("close"); }
-  weftcore::Status Start() override { return Refused("start"); }
-  weftcore::Status Stop() override { return Refused("stop"); }
+  weftcore::Status Close() override { return Refused(&SimFaults::failClose, "close"); }
+  weftcore::Status Start() override { return Refused(&SimFaults::failStart, "start"); }
+  weftcore::Status Stop() override { return Refused(&SimFaults::failStop, "stop"); }
 
  protected:
-  weftcore::Status Refused(const char* call) const {
-    return RefusedCall(device_->options().faults, type_, call);
+  weftcore::Status Refused(std::set<std::string> SimFaults::*knob, const char* call) const {
+    return RefusedCall(device_->options().faults.*knob, type_, call);
   }
 
   SimDevice* device_;  // owned by the factory

@@ -6,7 +6,7 @@ namespace ZeltoSim {
 
 weftcore::Status SegmentationSource::Open(weftcore::Core* /*core*/,
                                           weftcore::StreamSourceUtility* util) {
-  weftcore::Status status = Refused("open");
+  weftcore::Status status = Refused(&SimFaults::failOpen, "open");
   if (status.ok()) {
     status = ServeProperty<ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_>(
         util, ZeltoSegmentation::kZeltoSegmentationMaskDataListKey, this,

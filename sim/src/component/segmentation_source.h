@@ -8,7 +8,8 @@ namespace ZeltoSim {
 
 class SegmentationSource final : public FramelessSource {
  public:
-  explicit SegmentationSource(SimDevice* device) : FramelessSource(device, kSegmentationSourceType) {}
+  explicit SegmentationSource(SimDevice* device)
+      : FramelessSource(device, kSegmentationSourceType) {}
 
   using FramelessSource::Get;
   using FramelessSource::Set;

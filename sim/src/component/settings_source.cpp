@@ -7,7 +7,7 @@ namespace ZeltoSim {
 weftcore::Status SettingsSource::Open(weftcore::Core* /*core*/,
                                       weftcore::StreamSourceUtility* util) {
   const SimFaults& faults = device_->options().faults;
-  weftcore::Status status = Refused("open");
+  weftcore::Status status = Refused(&SimFaults::failOpen, "open");
   if (status.ok()) {
     status = ServeProperty<Zelto::ZeltoLogLevelProperty_>(util, Zelto::kZeltoLogLevelKey, this,
                                                           faults);

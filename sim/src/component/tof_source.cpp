@@ -8,7 +8,7 @@ namespace ZeltoSim {
 
 weftcore::Status TofSource::Open(weftcore::Core* /*core*/, weftcore::StreamSourceUtility* util) {
   const SimFaults& faults = device_->options().faults;
-  weftcore::Status status = RefusedCall(faults, type_, "open");
+  weftcore::Status status = RefusedCall(faults.failOpen, type_, "open");
   if (status.ok()) status = util->GetAllocator("", &allocator_);
   if (status.ok()) {
     status = ServeProperty<ZeltoTof::ZeltoTofCamera2ConfigurationProperty_>(
@@ -28,11 +28,11 @@ weftcore::Status TofSource::Open(weftcore::Core* /*core*/, weftcore::StreamSourc
 
 weftcore::Status TofSource::Close() {
   started_ = false;
-  return RefusedCall(device_->options().faults, type_, "close");
+  return RefusedCall(device_->options().faults.failClose, type_, "close");
 }
 
 weftcore::Status TofSource::Start() {
-  weftcore::Status status = RefusedCall(device_->options().faults, type_, "start");
+  weftcore::Status status = RefusedCall(device_->options().faults.failStart, type_, "start");
   if (status.IsError()) return status;
   started_ = true;
   nextIndex_ = 0;
@@ -42,7 +42,7 @@ weftcore::Status TofSource::Start() {
 
 weftcore::Status TofSource::Stop() {
   started_ = false;
-  return RefusedCall(device_->options().faults, type_, "stop");
+  return RefusedCall(device_->options().faults.failStop, type_, "stop");
 }
 
 bool TofSource::FrameIsDue(uint64_t index) const {
