@@ -7,8 +7,6 @@
 #include <string>
 
 #include "masking/mask_settings_property.h"
-#include "mesh/mesh_algorithm_config_property.h"
-#include "properties/zelto_runtime_settings_property.h"
 #include "properties/zelto_segmentation_properties.h"
 #include "properties/zelto_tof_properties.h"
 #include "support/bytes.h"
@@ -19,16 +17,10 @@ namespace {
 
 using Rate = weftcore::FrameRateProperty;
 using Calibration = ZeltoTof::ZeltoTofCalibrationSettingsProperty_;
-using Camera = ZeltoTof::ZeltoTofCamera2ConfigurationProperty_;
-using Masks = ZeltoSegmentation::ZeltoSegmentationMaskDataListProperty_;
 using Settings = ZeltoMesh::ZeltoMeshMaskSettingsProperty_;
 using Info = ZeltoSegmentation::ZeltoSegmentationMaskInfo_;
 
-struct Outcome {
-  weftcore::Status status;
-  size_t offset;
-  Bytes record;  // the record afterwards, encoded
-};
+struct Outcome { weftcore::Status status; size_t offset; Bytes record; /* encoded */ };
 using Decoding = std::function<Outcome(const uint8_t* data, size_t size, size_t from)>;
 
 template <typename T>
@@ -45,8 +37,7 @@ const Bytes kRate30 = {0x82, 0xA3, 'n', 'u', 'm', 0x1E, 0xA5, 'd', 'e', 'n', 'o'
 const char kAtEnd[] = "";  // cause 8 reported at the end of the input, shown as byte 0x00
 
 TEST(Decoder, ReportsWhereAndWhyClientBytesCannotBeDecoded) {
-  // `text`: the whole text; for cause 8 what follows the library's own words.
-  struct Case {
+  struct Case {  // `text`: the whole text; for cause 8, what follows the library's own words
     const char* name; Decoding decoding; Bytes bytes; size_t from; int cause; std::string text;
   };
   const Case cases[] = {
@@ -54,23 +45,14 @@ TEST(Decoder, ReportsWhereAndWhyClientBytesCannotBeDecoded) {
       {"offset past the end", Into<Rate>(), kRate30, 20, 11, "end of buffer: size=13, offset=20"},
       {"top-level array", Into<Rate>(), {0x92, 0x1E, 0x01}, 0, 8, kAtEnd},
       {"integer key", Into<Rate>(), {0x81, 0x01, 0x1E}, 0, 8, kAtEnd},
-      {"bool from integer", Into<Calibration>(), Cat({{0x81}, Key("isCalibrated"), {0x01}}), 0, 8,
-       kAtEnd},
-      {"uint32 from negative", Into<Rate>(), Cat({{0x81}, Key("num"), {0xFF}}), 0, 8, kAtEnd},
-      {"int32 from 2^31", Into<ZeltoMesh::ZeltoMeshAlgorithmConfigProperty_>(),
-       Cat({{0x81}, Key("meshReductionLevel"), {0xCE, 0x80, 0, 0, 0}}), 0, 8, kAtEnd},
-      {"record from array", Into<Camera>(), Cat({{0x81}, Key("intrinsics"), {0x90}}), 0, 8, kAtEnd},
+      {"record from integer", Into<Calibration>(), Cat({{0x81}, Key("T"), {0x01}}), 0, 8, kAtEnd},
       {"truncated map", Into<Rate>(), Bytes(kRate30.begin(), kRate30.begin() + 8), 0, 8, kAtEnd},
-      {"byte after a bad object", Into<Rate>(), Cat({{0x81}, Key("num"), {0xA1, 'x', 0xAB}}), 0, 8,
-       ", buffer_size=8, offset=0, current=7(0xab)"},
       {"second object bad", Into<Rate>(), Cat({kRate30, {0x92, 0x01, 0x02, 0xC3}}), 13, 8,
        ", buffer_size=17, offset=13, current=16(0xc3)"},
-      {"never-used byte", Into<Rate>(), {0xC1, 0x00}, 0, 8,
-       ", buffer_size=2, offset=0, current=0(0xc1)"},
       // Refused before anything is allocated for four billion elements.
-      {"array count beyond the input", Into<Masks>(),
-       Cat({{0x81}, Key("data"), {0xDD, 0xFF, 0xFF, 0xFF, 0xFF}}), 0, 8,
-       ", buffer_size=11, offset=0, current="},
+      {"array count beyond the input", Into<Settings>(),
+       Cat({{0x81}, Key("maskInfo"), {0xDD, 0xFF, 0xFF, 0xFF, 0xFF}}), 0, 8,
+       ", buffer_size=15, offset=0, current="},
   };
   for (const Case& row : cases) {
     SCOPED_TRACE(row.name);
@@ -79,7 +61,6 @@ TEST(Decoder, ReportsWhereAndWhyClientBytesCannotBeDecoded) {
     const std::string message = outcome.status.message(), size = std::to_string(row.bytes.size());
     const std::string text = row.text.empty() && row.cause == 8
         ? ", buffer_size=" + size + ", offset=0, current=" + size + "(0x00)" : row.text;
-    EXPECT_EQ(outcome.status.level(), weftcore::kLevelError);
     EXPECT_EQ(outcome.status.cause(), row.cause);
     EXPECT_EQ(outcome.status.block(), "core");
     EXPECT_EQ(outcome.offset, row.from);
@@ -91,48 +72,34 @@ TEST(Decoder, ReportsWhereAndWhyClientBytesCannotBeDecoded) {
 
 TEST(Decoder, ChangesOnlyTheFieldsAMapCarriesInDeclaredOrder) {
   Settings fiveMasks{true, std::vector<Info>(5), 9};
-  fiveMasks.maskInfo[0].name = "old";
   weftcore::ChannelInfoProperty callerChannels, channel0;
   callerChannels.channels[3] = {"caller", ""};
   channel0.channels[0] = {"", "d"};
   const Calibration t123{11, 0, 0, 0, false, {}, {}, {}, {1.0f, 2.0f, 3.0f}};
   const Calibration t143{11, 0, 0, 0, false, {}, {}, {}, {1.0f, 4.0f, 3.0f}};
-  // `decoding` into the record the caller holds; `after`: that record afterwards, encoded.
-  struct Case {
-    const char* name; Decoding decoding; Bytes bytes; size_t from; int cause; Bytes after;
-    size_t offset;
+  struct Case {  // `decoding` into the record the caller holds; `after`: it afterwards, encoded
+    const char* name; Decoding decoding; Bytes bytes; int cause; Bytes after; size_t offset;
   };
   const Case cases[] = {
-      {"unknown keys skipped", Into(Rate{7, 9}),
-       Cat({{0x83}, Key("num"), {0x1E}, Key("Denom"), {0x92, 0xC3, 0xC0}, Key("denom"), {0x01}}),
-       0, 0, Encode(Rate{30, 1}), 22},
-      {"first duplicate wins", Into(Rate{7, 9}),
-       Cat({{0x83}, Key("num"), {0x01}, Key("denom"), {0x02}, Key("num"), {0x03}}), 0, 0,
-       Encode(Rate{1, 2}), 18},
-      {"later duplicate never converted", Into(Rate{7, 9}),
-       Cat({{0x82}, Key("num"), {0x01}, Key("num"), {0xA1, 'x'}}), 0, 0, Encode(Rate{1, 9}), 12},
-      {"absent keys keep values", Into(Rate{7, 9}), Cat({{0x81}, Key("num"), {0x01}}), 0, 0,
-       Encode(Rate{1, 9}), 6},
-      {"nested absent keys keep values", Into(t123),
-       Cat({{0x81}, Key("T"), {0x81}, Key("y"), F32(0x40800000)}), 0, 0, Encode(t143), 11},
+      {"unknown keys skipped, first duplicate wins", Into(Rate{7, 9}),
+       Cat({{0x84}, Key("num"), {1}, Key("Denom"), {0x92, 0xC3, 0xC0}, Key("denom"), {2},
+            Key("num"), {3}}), 0, Encode(Rate{1, 2}), 27},
+      {"absent keys, nested too, keep values", Into(t123),
+       Cat({{0x81}, Key("T"), {0x81}, Key("y"), F32(0x40800000)}), 0, Encode(t143), 11},
       {"fields convert in declared order", Into(Rate{7, 9}),
-       Cat({{0x82}, Key("denom"), {0xA1, 'x'}, Key("num"), {0x05}}), 0, 8, Encode(Rate{5, 9}), 0},
+       Cat({{0x82}, Key("denom"), {0xA1, 'x'}, Key("num"), {0x05}}), 8, Encode(Rate{5, 9}), 0},
       {"integer key fails before any field", Into(Rate{7, 9}),
-       Cat({{0x82}, Key("num"), {0x05, 0x01, 0x02}}), 0, 8, Encode(Rate{7, 9}), 0},
+       Cat({{0x82}, Key("num"), {0x05, 0x01, 0x02}}), 8, Encode(Rate{7, 9}), 0},
       {"arrays are replaced", Into(fiveMasks),
-       Cat({{0x81}, Key("maskInfo"), {0x91, 0x81}, Key("name"), {0xA3}, Raw("new")}), 0, 0,
+       Cat({{0x81}, Key("maskInfo"), {0x91, 0x81}, Key("name"), {0xA3}, Raw("new")}), 0,
        Encode(Settings{true, {Info{"new", false, false}}, 9}), 21},
       {"maps are replaced", Into(callerChannels),
-       Cat({{0x81}, Key("channels"), {0x81, 0x00, 0x81}, Key("description"), {0xA1, 'd'}}), 0, 0,
+       Cat({{0x81}, Key("channels"), {0x81, 0x00, 0x81}, Key("description"), {0xA1, 'd'}}), 0,
        Encode(channel0), 27},
-      {"bytes after the object stay unread", Into<Rate>(), Cat({kRate30, {0xC1, 0xFF}}), 0, 0,
-       Encode(Rate{30, 1}), 13},
-      {"second object from its offset", Into<Rate>(), Cat({kRate30, {0x81}, Key("denom"), {0x02}}),
-       13, 0, Encode(Rate{0, 2}), 21},
   };
   for (const Case& row : cases) {
     SCOPED_TRACE(row.name);
-    const Outcome outcome = row.decoding(row.bytes.data(), row.bytes.size(), row.from);
+    const Outcome outcome = row.decoding(row.bytes.data(), row.bytes.size(), 0);
     EXPECT_EQ(outcome.status.cause(), row.cause) << outcome.status.message();
     EXPECT_EQ(Hex(outcome.record), Hex(row.after));
     EXPECT_EQ(outcome.offset, row.offset);
