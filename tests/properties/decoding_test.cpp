@@ -49,10 +49,10 @@ TEST(Decoder, ReportsWhereAndWhyClientBytesCannotBeDecoded) {
       {"truncated map", Into<Rate>(), Bytes(kRate30.begin(), kRate30.begin() + 8), 0, 8, kAtEnd},
       {"second object bad", Into<Rate>(), Cat({kRate30, {0x92, 0x01, 0x02, 0xC3}}), 13, 8,
        ", buffer_size=17, offset=13, current=16(0xc3)"},
-      // Refused before anything is allocated for four billion elements.
+      // Refused at the count, before anything is allocated for the elements.
       {"array count beyond the input", Into<Settings>(),
-       Cat({{0x81}, Key("maskInfo"), {0xDD, 0xFF, 0xFF, 0xFF, 0xFF}}), 0, 8,
-       ", buffer_size=15, offset=0, current="},
+       Cat({{0x81}, Key("maskInfo"), {0xDC, 0xFF, 0xFF}}), 0, 8,
+       ", buffer_size=13, offset=0, current=0(0x81)"},
   };
   for (const Case& row : cases) {
     SCOPED_TRACE(row.name);
