@@ -13,7 +13,8 @@ size_t failArraysFrom = 0;  // array allocations of at least this many bytes thr
 }  // namespace
 
 void* operator new[](std::size_t size) {
-  void* memory = failArraysFrom != 0 && size >= failArraysFrom ? nullptr : std::malloc(size == 0 ? 1 : size);
+  const bool fail = failArraysFrom != 0 && size >= failArraysFrom;
+  void* memory = fail ? nullptr : std::malloc(size == 0 ? 1 : size);
   return memory != nullptr ? memory : throw std::bad_alloc();
 }
 void operator delete[](void* memory) noexcept { std::free(memory); }

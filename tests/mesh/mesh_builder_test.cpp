@@ -9,7 +9,8 @@ namespace ZeltoTest {
 namespace {
 
 TEST(MeshBuilder, HandlesExtremeSizesAndLevels) {
-  constexpr char kOutOfRange[] = "mesh size out of range: vertex or triangle count not in 0..2147483647.";
+  constexpr char kOutOfRange[] =
+      "mesh size out of range: vertex or triangle count not in 0..2147483647.";
   struct Case {
     const char* name;
     int32_t level, width, height, vertices, triangles;
@@ -45,13 +46,14 @@ TEST(MeshBuilder, HandlesExtremeSizesAndLevels) {
       EXPECT_EQ(harness.NextResetFlag(), 0);  // period 2: the refused frame was not counted
       continue;
     }
-    ASSERT_EQ(result.flat.size(), 12u * row.vertices + 12u * row.triangles + 9) << result.status.message();
+    ASSERT_EQ(result.flat.size(), 12u * row.vertices + 12u * row.triangles + 9);
     EXPECT_EQ(FieldOf<int32_t>(result.flat, 0), row.vertices);
     EXPECT_EQ(FieldOf<int32_t>(result.flat, 4 + 12 * row.vertices), row.triangles);
     if (row.vertices == 0) continue;
-    const uint32_t sampled = row.width > 0 ? 0xFFFFFFFF : 0;  // pixel (0, 0) at 1.5 m, or zeros
-    EXPECT_EQ(Bytes(result.flat.begin() + 4, result.flat.begin() + 16),
-              zelto_test::LeBytes().F32Bits({0xBF69B102 & sampled, 0xBF2F2D59 & sampled, 0x3FC00000 & sampled}).bytes());
+    const uint32_t on = row.width > 0 ? 0xFFFFFFFF : 0;  // pixel (0, 0) at 1.5 m, or zeros
+    const Bytes pixel00 =
+        zelto_test::LeBytes().F32Bits({0xBF69B102 & on, 0xBF2F2D59 & on, 0x3FC00000 & on}).bytes();
+    EXPECT_EQ(Bytes(result.flat.begin() + 4, result.flat.begin() + 16), pixel00);
   }
   // Converting an infinite float to int32 is undefined: the quotient saturates instead.
   EXPECT_EQ(ZeltoMesh::ComputeMeshGrid(-1, 5, -5).nx, INT32_MAX);
@@ -64,8 +66,7 @@ TEST(MeshBuilder, KeepsReplacedArraysReadableUntilCloseAndFreesThemOnce) {
   const FillResult first = harness.Fill(small.data(), 3, 3);
   const FillResult second = harness.Fill(small.data(), 3, 3);
   EXPECT_NE(VerticesOf(first.bytes), VerticesOf(second.bytes));  // two records
-  // The first record comes round with other counts and gets new arrays; a frame
-  // handed out earlier still reads the old mesh.
+  // The first record gets new arrays for other counts; an earlier frame still reads the old ones.
   const FillResult resized = harness.Fill(ConstantPointCloud(4, 4, 2000).data(), 4, 4);
   EXPECT_NE(VerticesOf(resized.bytes), VerticesOf(first.bytes));
   EXPECT_EQ(FlatOf(first.bytes), first.flat);
@@ -79,7 +80,8 @@ TEST(MeshBuilder, KeepsReplacedArraysReadableUntilCloseAndFreesThemOnce) {
 
 TEST(MeshBuilder, ReportsFrameMemoryFailuresAndKeepsNoBlock) {
   const weftcore::Status heapExhausted =
-      weftcore::Status(weftcore::kLevelError, weftcore::kCauseOutOfMemory, "heap exhausted").SetBlock("core");
+      weftcore::Status(weftcore::kLevelError, weftcore::kCauseOutOfMemory, "heap exhausted")
+          .SetBlock("core");
   struct Case {
     const char* name;
     TestAllocator::Faults faults;

@@ -56,15 +56,17 @@ T FieldOf(const Bytes& bytes, size_t offset) {
   std::memcpy(&value, bytes.data() + offset, sizeof value);
   return value;
 }
-inline const float* VerticesOf(const Bytes& reference) { return FieldOf<const float*>(reference, 4); }
-inline const int32_t* TrianglesOf(const Bytes& reference) { return FieldOf<const int32_t*>(reference, 16); }
+inline const float* VerticesOf(const Bytes& record) { return FieldOf<const float*>(record, 4); }
+inline const int32_t* TrianglesOf(const Bytes& record) { return FieldOf<int32_t*>(record, 16); }
 inline Bytes FlatOf(const Bytes& reference) {
   const auto* vertices = reinterpret_cast<const uint8_t*>(VerticesOf(reference));
   const auto* triangles = reinterpret_cast<const uint8_t*>(TrianglesOf(reference));
+  const size_t vertexCount = FieldOf<uint32_t>(reference, 0);
+  const size_t triangleCount = FieldOf<uint32_t>(reference, 12);
   return zelto_test::Cat({Bytes(reference.begin(), reference.begin() + 4),
-                          Bytes(vertices, vertices + 12 * size_t(FieldOf<int32_t>(reference, 0))),
+                          Bytes(vertices, vertices + 12 * vertexCount),
                           Bytes(reference.begin() + 12, reference.begin() + 16),
-                          Bytes(triangles, triangles + 12 * size_t(FieldOf<int32_t>(reference, 12))),
+                          Bytes(triangles, triangles + 12 * triangleCount),
                           Bytes{reference.at(24)}});
 }
 

@@ -1,6 +1,5 @@
-// The exact bytes both mesh layouts deliver for a 4 x 3 image, written out by
-// hand (float bit patterns computed once in single precision), and the
-// channel record that carries them.
+// The exact bytes both mesh layouts deliver for a 4 x 3 image, written out by hand (float bit
+// patterns computed once in single precision), and the channel record that carries them.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -18,9 +17,9 @@ constexpr uint32_t kNan = 0x7FC00000;  // any NaN: which one the hardware makes 
 std::vector<uint32_t> VertexBits(bool zeroFx, std::vector<int> vertices) {
   const uint32_t level0[12][3] = {
       {0xBF400000, 0xBE800000, 0x3F800000}, {0xBF000000, 0xBF000000, 0x40000000},  // -.75 -.25 1
-      {0x41000106, 0xC1000106, 0x42000106}, {0x3F400000, 0xBE800000, 0x3F800000},  // depth 0: 32.001
+      {0x41000106, 0xC1000106, 0x42000106}, {0x3F400000, 0xBE800000, 0x3F800000},  // depth 0
       {0xBFC00000, 0x00000000, 0x40000000}, {0xBE800000, 0x00000000, 0x3F800000},
-      {0x3E800000, 0x00000000, 0x3F800000}, {0x41C00189, 0x00000000, 0x42000106},  // depth 9: 32.001
+      {0x3E800000, 0x00000000, 0x3F800000}, {0x41C00189, 0x00000000, 0x42000106},  // depth 9
       {0xBBF5C28F, 0x3B23D70A, 0x3C23D70A}, {0xBE800000, 0x3E800000, 0x3F800000},  // depth 10: .01
       {0x3F000000, 0x3F000000, 0x40000000}, {0x3F400000, 0x3E800000, 0x3F800000}};
   std::vector<uint32_t> bits;
@@ -73,13 +72,14 @@ TEST(MeshLayout, DeliversTheExactBytesOfBothLayouts) {
     EXPECT_EQ(result.channel.type, "kRawDataTypeMesh");
     EXPECT_EQ(result.channel.capturedTimestamp, 0u);
     EXPECT_EQ(harness.allocator.live, 0);
-    const std::vector<uint32_t> vertices = VertexBits(row.zeroFx, row.level == 0 ? kLevel0 : kLevel1);
+    const std::vector<uint32_t> vertices = VertexBits(row.zeroFx, row.level ? kLevel1 : kLevel0);
     ASSERT_GE(result.flat.size(), 4 * vertices.size() + 4);
     zelto_test::LeBytes expected;
     expected.I32(static_cast<int32_t>(vertices.size() / 3));
     for (size_t i = 0; i < vertices.size(); ++i) {
       expected.U32(vertices[i]);
-      if (std::isnan(FieldOf<float>(result.flat, 4 + 4 * i))) std::memcpy(&result.flat[4 + 4 * i], &kNan, 4);
+      const size_t at = 4 + 4 * i;
+      if (std::isnan(FieldOf<float>(result.flat, at))) std::memcpy(&result.flat[at], &kNan, 4);
     }
     expected.I32(static_cast<int32_t>(row.indices.size() / 3));
     for (int32_t index : row.indices) expected.I32(index);

@@ -1,9 +1,7 @@
 #!/usr/bin/env python3
-"""The flat mesh layout of the redwood depth frames computed without the C++ code,
-against the CRC-32s pinned in tests/support/redwood_checksums.h (whose frame-0 FNV pins
-the C++ model test ties to the same bytes): PNG decoded with zlib, the point-cloud rule
-of tests/support/redwood_frame.h, numpy float32 with one rounding per operation (numpy
-never fuses a multiply and an add). On a mismatch it prints the table as it should read."""
+"""The redwood meshes computed without the C++ code against the CRC-32s pinned in
+tests/support/redwood_checksums.h: PNG decoded with zlib, numpy float32 with one rounding per
+operation (numpy never fuses a multiply and an add). On a mismatch it prints the right table."""
 import os, re, struct, sys, zlib
 import numpy as np
 
