@@ -1,6 +1,5 @@
-// The log level property sets a logger's level while frame threads write
-// through it: under ThreadSanitizer this must be race-free, and every write
-// the logger accepts must reach the platform log once.
+// The log level property sets a logger's level while frame threads write through it: under
+// ThreadSanitizer this must be race-free, and every write the logger accepts must arrive once.
 #include <gtest/gtest.h>
 #include <atomic>
 #include <thread>
@@ -16,7 +15,10 @@ TEST(Logger, LevelChangesRacingWritersDeliverEveryAcceptedRecordOnce) {
   std::atomic<bool> stop{false};
   std::vector<std::thread> writers;
   for (int t = 0; t < 3; ++t) {
-    writers.emplace_back([&] { for (running++; !stop;) accepted += logger.WriteLog(ZeltoLogger::Debug, "ZeltoMesh", "written"); });
+    writers.emplace_back([&] {
+      ++running;
+      while (!stop) accepted += logger.WriteLog(ZeltoLogger::Debug, "ZeltoMesh", "written");
+    });
   }
   while (running < 3) std::this_thread::yield();  // the level changes while all of them write
   for (int i = 0; i < 20000; ++i) logger.SetLogLevel(i % 2 ? ZeltoLogger::Silent : ZeltoLogger::Verbose);

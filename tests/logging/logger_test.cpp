@@ -1,6 +1,5 @@
-// ZeltoLogger as users and the host see it: which settings file below
-// Documents sets the level, how its first line reads, and which records
-// reach the platform log, with which type and text.
+// ZeltoLogger as users and the host see it: which settings file sets the level, how its
+// first line reads, and which records reach the platform log, with which type and text.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <filesystem>
@@ -14,7 +13,6 @@
 
 namespace {
 
-using zelto_test::LogRecord;
 ZeltoLogger::LogLevel Level(int value) { return static_cast<ZeltoLogger::LogLevel>(value); }
 
 // A throw-away Documents tree. At the end it is removed, and ZELTO_DOCUMENTS_DIR
@@ -27,8 +25,7 @@ class TemporaryDocuments {
     std::error_code ignored;
     std::filesystem::remove_all(root_, ignored);
   }
-  // ZELTO_DOCUMENTS_DIR becomes `documentsDir` below the tree ("" stays empty,
-  // null unsets it); HOME the tree itself, or unset.
+  // ZELTO_DOCUMENTS_DIR: `documentsDir` below the tree ("" stays empty, null unsets); HOME: the tree.
   void Point(const char* documentsDir, bool home) const {
     Set(0, documentsDir && *documentsDir ? (root_ + "/" + documentsDir).c_str() : documentsDir);
     Set(1, home ? root_.c_str() : nullptr);
@@ -41,30 +38,32 @@ class TemporaryDocuments {
  private:
   static constexpr const char* kNames[2] = {"ZELTO_DOCUMENTS_DIR", "HOME"};
   static void Set(int i, const char* value) { value ? setenv(kNames[i], value, 1) : unsetenv(kNames[i]); }
-  static std::optional<std::string> Get(int i) { return getenv(kNames[i]) ? std::optional(std::string(getenv(kNames[i]))) : std::nullopt; }
+  static std::optional<std::string> Get(int i) {
+    return getenv(kNames[i]) ? std::optional<std::string>(getenv(kNames[i])) : std::nullopt;
+  }
   std::string root_ = (std::filesystem::temp_directory_path() / "zelto_documents_XXXXXX").string();
   std::optional<std::string> saved_[2] = {Get(0), Get(1)};
 };
 
 // Which file below Documents counts, and how its first line reads.
 TEST(Logger, StartsAtTheLevelOfTheFirstSettingsFileBelowDocuments) {
+  using Tree = std::vector<std::pair<std::string, std::string>>;  // path, content
   const std::string e = "loglevel=error", settings = "zelto_log_settings";
-  const struct Case { const char* name; std::vector<std::pair<std::string, std::string>> tree; int level; const char* documentsDir = "."; bool home = true; } cases[] = {
+  const auto only = [&](const std::string& content) { return Tree{{settings, content}}; };
+  const struct Case { const char* name; Tree tree; int level; const char* documentsDir = "."; bool home = true; } cases[] = {
       {"no settings file", {{"notes.txt", e}, {"sub/zelto_log_settings.txt", e}}, 8},
-      {"blanks, capitals and CR LF", {{settings, "  LogLevel=Info\r\n"}}, 4},
-      {"silent", {{settings, "loglevel=silent"}}, 8}, {"verbose, no final newline", {{settings, "loglevel=verbose"}}, 2},
-      {"debug", {{settings, "loglevel=debug"}}, 3}, {"info", {{settings, "loglevel=info"}}, 4}, {"warn", {{settings, "loglevel=warn"}}, 5},
-      {"CR anywhere", {{settings, "log\rlevel=er\rror\r"}}, 6}, {"blanks of every kind", {{settings, " \t\f\vLOGLEVEL=WARN\v\f\t "}}, 5},
-      {"only blanks", {{settings, "\t\v\f \n" + e}}, 8}, {"inner blanks", {{settings, "loglevel = debug"}}, 8},
-      {"other control characters", {{settings, "\x1bloglevel=debug"}}, 8}, {"a prefix", {{settings, "loglevel=debu"}}, 8},
-      {"longer", {{settings, "loglevel=debugx"}}, 8}, {"a number", {{settings, "loglevel=7"}}, 8}, {"unknown word", {{settings, "loglevel=trace"}}, 8},
-      {"only the first line counts", {{settings, "loglevel=debug\n" + e}}, 3},
-      {"an empty first line selects nothing", {{settings, "\r\n" + e}}, 8},
+      {"blanks, capitals and CR LF", only("  LogLevel=Info\r\n"), 4}, {"silent", only("loglevel=silent"), 8},
+      {"verbose, no final newline", only("loglevel=verbose"), 2}, {"debug", only("loglevel=debug"), 3},
+      {"info", only("loglevel=info"), 4}, {"warn", only("loglevel=warn"), 5}, {"CR anywhere", only("log\rlevel=er\rror\r"), 6},
+      {"blanks of every kind", only(" \t\f\vLOGLEVEL=WARN\v\f\t "), 5}, {"only blanks", only("\t\v\f \n" + e), 8},
+      {"inner blanks", only("loglevel = debug"), 8}, {"other control characters", only("\x1bloglevel=debug"), 8},
+      {"a prefix", only("loglevel=debu"), 8}, {"longer", only("loglevel=debugx"), 8}, {"unknown word", only("loglevel=trace"), 8},
+      {"only the first line counts", only("loglevel=debug\n" + e), 3}, {"an empty first line", only("\r\n" + e), 8},
       {"the name is case-sensitive", {{"Zelto_Log_Settings", e}, {"sub/ZELTO_LOG_SETTINGS", e}}, 8},
       {"walk order, not writing order", {{"b/" + settings, e}, {"a/" + settings, "loglevel=debug"}}, 3},
       {"pre-order walk in byte order", {{settings, e}, {"a/" + settings, e}, {"A/deep/er/" + settings, "loglevel=warn"}}, 5},
       {"a directory of that name matches, reads nothing", {{"a/" + settings + "/" + settings, e}, {"b/" + settings, e}}, 8},
-      {"Documents missing", {{settings, e}}, 8, "missing"},
+      {"Documents missing", only(e), 8, "missing"},
       {"$HOME/Documents by default", {{"Documents/x/" + settings, "loglevel=warn"}, {"A/" + settings, e}}, 5, nullptr},
       {"$HOME/Documents for an empty variable", {{"Documents/" + settings, e}}, 6, ""},
       {"neither variable", {{settings, e}, {"Documents/" + settings, e}}, 8, nullptr, false}};
@@ -91,13 +90,14 @@ TEST(Logger, WritesTheFiveMessageLevelsAtOrAboveTheThresholdWithTheirPlatformTyp
     zelto_test::LogCapture capture;
     ZeltoLogger logger;
     logger.SetLogLevel(Level(row.threshold));
-    std::vector<LogRecord> expected;
+    std::vector<zelto_test::LogRecord> expected;
     for (int level = 0; level <= 8; ++level) {
       const bool written = row.force ? logger.ForceWriteLog(Level(level), "a tag", "level %d", level)
                                      : logger.WriteLog(Level(level), "a tag", "level %d", level);
       const char type = row.types[level];
       EXPECT_EQ(written, type != '.') << level;
-      if (type != '.') expected.push_back({type == 'i' ? 1 : type == 'd' ? 2 : type == 'e' ? 16 : 0, "a tag", "level " + std::to_string(level)});
+      const int platformType = type == 'i' ? 1 : type == 'd' ? 2 : type == 'e' ? 16 : 0;
+      if (type != '.') expected.push_back({platformType, "a tag", "level " + std::to_string(level)});
     }
     EXPECT_EQ(capture.records(), expected);
   }
@@ -111,7 +111,7 @@ TEST(Logger, WritesMessagesOfAnyLengthAndAnUnformattableOneAsNull) {
   EXPECT_TRUE(logger.WriteLog(ZeltoLogger::Error, "ZeltoMesh", "<%s>", body.c_str()));
   const wchar_t unconvertible[] = {0x4E2D, 0};  // beyond what the "C" locale can convert
   EXPECT_TRUE(logger.WriteLog(ZeltoLogger::Error, "ZeltoMesh", "%ls", unconvertible));
-  const std::vector<LogRecord> expected = {{16, "ZeltoMesh", "<" + body + ">"}, {16, "ZeltoMesh", "(null)"}};
+  const std::vector<zelto_test::LogRecord> expected = {{16, "ZeltoMesh", "<" + body + ">"}, {16, "ZeltoMesh", "(null)"}};
   EXPECT_EQ(capture.records(), expected);
 }
 

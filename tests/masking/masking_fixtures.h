@@ -1,4 +1,4 @@
-// Test data of the masking suites: a calibration served by a minimal camera
+// Test data of the masking tests: a calibration served by a minimal camera
 // stream, single points, and masks held in test memory.
 #pragma once
 
@@ -16,9 +16,8 @@ constexpr int16_t kMasked = 32001;
 
 // Colour 640 x 480 (f 500, centre 320, 240), depth 320 x 240 (f 250, centre 160, 120), no rotation:
 // AtColorPixel(u, v) lands on colour pixel (u, v) and depth pixel (u / 2, v / 2); T must go unused.
-inline Calibration StandardCalibration() {
-  return {640, 480, 320, 240, true, {500, 500, 320, 240}, {250, 250, 160, 120}, {1, 0, 0, 0, 1, 0, 0, 0, 1}, {10, 20, 30}};
-}
+inline const Calibration kStandardCalibration{640, 480, 320, 240, true, {500, 500, 320, 240}, {250, 250, 160, 120},
+                                             {1, 0, 0, 0, 1, 0, 0, 0, 1}, {10, 20, 30}};
 
 // Answers the calibration read as the ToF camera stream does, or refuses it.
 class CalibrationStream : public weftcore::Stream {

@@ -1,6 +1,5 @@
-// The masking arithmetic as exact tables, its refusals, a plain per-point
-// model of masking checked against Apply on a real depth frame, and Apply's
-// heap use (this program replaces the global operator new to count it).
+// The masking arithmetic as exact tables, its refusals, a plain per-point model checked against Apply
+// on a real depth frame, and Apply's heap use (this program replaces operator new to count it).
 #include <gtest/gtest.h>
 #include <algorithm>
 #include <atomic>
@@ -45,13 +44,13 @@ std::string Exact(const float* values, size_t count) {
 std::string Exact(Pixel p) { return Exact(&p.first, 1) + Exact(&p.second, 1); }
 
 // kHugeDepth has scale 1 on a 65536-wide depth image: row 65536 starts at byte 2^32.
-enum class Camera { kStandard, kUncalibrated, kHugeDepth };
+enum Camera { kStandard, kUncalibrated, kHugeDepth };
 
 MaskedPointCloud CloudWith(Camera camera) {
   MaskedPointCloud cloud;
-  Calibration k = StandardCalibration();
-  if (camera == Camera::kHugeDepth) k = {640, 480, 65536, 65537, true, k.c, {1, 1, 0, 40000}, k.R, {}};
-  if (camera != Camera::kUncalibrated) ReadCalibration(&cloud, k);
+  Calibration k = kStandardCalibration;
+  if (camera == kHugeDepth) k = {640, 480, 65536, 65537, true, k.c, {1, 1, 0, 40000}, k.R, {}};
+  if (camera != kUncalibrated) ReadCalibration(&cloud, k);
   return cloud;
 }
 
@@ -76,8 +75,8 @@ TEST(MaskedPointCloud, InvertsTheRotationOfEveryCalibrationRead) {
       {"refused read keeps the last", {1, 2, 0, 0, 1, 0, 0, 3, 1}, true, {1, 0, 0, 0, 1, 0, 0, 0, 1}}};
   for (const Case& row : cases) {
     SCOPED_TRACE(row.name);
-    MaskedPointCloud cloud = CloudWith(Camera::kStandard);  // has read the identity
-    Calibration calibration = StandardCalibration();
+    MaskedPointCloud cloud = CloudWith(kStandard);  // has read the identity
+    Calibration calibration = kStandardCalibration;
     calibration.R = row.r;
     ReadCalibration(&cloud, calibration, row.refused);
     EXPECT_EQ(Exact(cloud.inverseRotation, 9), Exact(row.inverse, 9));
@@ -99,7 +98,7 @@ TEST(MaskedPointCloud, MapsPointsToWholeColourPixelsAndSubPixelDepthPositions) {
       {"... not even (0, 0, 0)", false, {0, 0, 0}, kOut, kOut}};
   for (const Case& row : cases) {
     SCOPED_TRACE(row.name);
-    const MaskedPointCloud cloud = CloudWith(row.calibrated ? Camera::kStandard : Camera::kUncalibrated);
+    const MaskedPointCloud cloud = CloudWith(row.calibrated ? kStandard : kUncalibrated);
     EXPECT_EQ(Exact(cloud.CameraToColor(row.p)), Exact(row.color));
     EXPECT_EQ(Exact(cloud.CameraToDepth(row.p)), Exact(row.depth));
   }
@@ -118,31 +117,30 @@ TEST(MaskFit, FitsByTheLargerRatioAndCentresOn640x480) {
 }
 
 TEST(Apply, MasksAPointWhereItsMaskByteSaysSo) {
-  const Camera kStd = Camera::kStandard;
-  const struct Case { const char* name; Camera camera; uint8_t threshold; std::vector<Mask> masks; Point p; int16_t z; } cases[] = {
-      {"byte u + width v above the threshold", kStd, 55, {Color(640, 480).Set(100 + 640 * 50, 56)}, AtColorPixel(100, 50), kMasked},
-      {"192 x 256: byte 138 + 192 x 53", kStd, 55, {Color(192, 256).Set(138 + 192 * 53, 255)}, AtColorPixel(400, 100), kMasked},
-      {"... not its neighbours", kStd, 55, {Color(192, 256).Set(137 + 192 * 53, 255).Set(139 + 192 * 53, 255).Set(138 + 192 * 52, 255)}, AtColorPixel(400, 100), 1000},
-      {"depth mask through the depth mapping", kStd, 55, {Depth(320, 240).Set(50 + 320 * 25, 200)}, AtColorPixel(100, 50), kMasked},
-      {"byte at the threshold leaves", kStd, 55, {Color(640, 480, 55)}, AtColorPixel(10, 20), 1000},
-      {"inverted: at the threshold removes", kStd, 55, {Color(640, 480, 55).Inverted()}, AtColorPixel(10, 20), kMasked},
-      {"inverted: above it leaves", kStd, 55, {Color(640, 480, 56).Inverted()}, AtColorPixel(10, 20), 1000},
-      {"threshold 200 leaves byte 200", kStd, 200, {Color(640, 480, 200)}, AtColorPixel(10, 20), 1000},
-      {"one mask of two removes", kStd, 55, {Color(640, 480), Depth(320, 240, 255)}, AtColorPixel(10, 20), kMasked},
-      {"height 0: upper half is negative rows", kStd, 55, {Color(64, 0, 255, 64 * 64)}, AtColorPixel(320, 100), 1000},
-      {"height 0: lower half bounded by bytes", kStd, 55, {Color(64, 0, 255, 64 * 64)}, AtColorPixel(320, 400), kMasked},
-      {"row past the height inside the bytes", kStd, 55, {Color(640, 240, 0, 640 * 480).Set(100 + 640 * 280, 255)}, AtColorPixel(100, 400), kMasked},
-      {"index at the byte count", kStd, 55, {Color(640, 240, 255)}, AtColorPixel(100, 400), 1000},
-      {"column past the width", kStd, 55, {Depth(100, 240, 255)}, AtColorPixel(500, 100), 1000},
-      {"(0, 0, 0) reads depth byte 0", kStd, 55, {Depth(320, 240).Set(0, 255)}, {0, 0, 0}, kMasked},
-      {"off-image at scale 0.5 reads byte 0", kStd, 55, {Color(320, 240).Set(0, 255)}, {2000, 0, 1000}, kMasked},
-      {"off-image at scale 1 is skipped", kStd, 55, {Color(640, 480, 255)}, {2000, 0, 1000}, 1000},
-      {"uncalibrated masks nothing", Camera::kUncalibrated, 55, {Color(64, 48, 255), Depth(64, 48, 255)}, {100, -50, 1000}, 1000},
-      {"32-bit index wraps to byte 5", Camera::kHugeDepth, 55, {Depth(65536, 65537, 0, 16).Set(5, 255)}, {5, 25536, 1}, kMasked}};
+  const struct Case { const char* name; Camera camera; std::vector<Mask> masks; Point p; int16_t z; } cases[] = {  // at the default threshold, 55
+      {"byte u + width v above the threshold", kStandard, {Color(640, 480).Set(100 + 640 * 50, 56)}, AtColorPixel(100, 50), kMasked},
+      {"192 x 256: byte 138 + 192 x 53", kStandard, {Color(192, 256).Set(138 + 192 * 53, 255)}, AtColorPixel(400, 100), kMasked},
+      {"... not its neighbours", kStandard,
+       {Color(192, 256).Set(137 + 192 * 53, 255).Set(139 + 192 * 53, 255).Set(138 + 192 * 52, 255)}, AtColorPixel(400, 100), 1000},
+      {"depth mask through the depth mapping", kStandard, {Depth(320, 240).Set(50 + 320 * 25, 200)}, AtColorPixel(100, 50), kMasked},
+      {"byte at the threshold leaves", kStandard, {Color(640, 480, 55)}, AtColorPixel(10, 20), 1000},
+      {"inverted: at the threshold removes", kStandard, {Color(640, 480, 55).Inverted()}, AtColorPixel(10, 20), kMasked},
+      {"inverted: above it leaves", kStandard, {Color(640, 480, 56).Inverted()}, AtColorPixel(10, 20), 1000},
+      {"one mask of two removes", kStandard, {Color(640, 480), Depth(320, 240, 255)}, AtColorPixel(10, 20), kMasked},
+      {"height 0: upper half is negative rows", kStandard, {Color(64, 0, 255, 64 * 64)}, AtColorPixel(320, 100), 1000},
+      {"height 0: lower half bounded by bytes", kStandard, {Color(64, 0, 255, 64 * 64)}, AtColorPixel(320, 400), kMasked},
+      {"row past the height inside the bytes", kStandard, {Color(640, 240, 0, 640 * 480).Set(100 + 640 * 280, 255)},
+       AtColorPixel(100, 400), kMasked},
+      {"index at the byte count", kStandard, {Color(640, 240, 255)}, AtColorPixel(100, 400), 1000},
+      {"column past the width", kStandard, {Depth(100, 240, 255)}, AtColorPixel(500, 100), 1000},
+      {"(0, 0, 0) reads depth byte 0", kStandard, {Depth(320, 240).Set(0, 255)}, {0, 0, 0}, kMasked},
+      {"off-image at scale 0.5 reads byte 0", kStandard, {Color(320, 240).Set(0, 255)}, {2000, 0, 1000}, kMasked},
+      {"off-image at scale 1 is skipped", kStandard, {Color(640, 480, 255)}, {2000, 0, 1000}, 1000},
+      {"uncalibrated masks nothing", kUncalibrated, {Color(64, 48, 255), Depth(64, 48, 255)}, {100, -50, 1000}, 1000},
+      {"32-bit index wraps to byte 5", kHugeDepth, {Depth(65536, 65537, 0, 16).Set(5, 255)}, {5, 25536, 1}, kMasked}};
   for (const Case& row : cases) {
     SCOPED_TRACE(row.name);
     MaskedPointCloud cloud = CloudWith(row.camera);
-    cloud.maskThreshold = row.threshold;
     Point point = row.p;
     weftcore::Channel::RawData raw{&point, sizeof point, "", 0};
     const MaskList list = ListOf(row.masks);
@@ -153,7 +151,8 @@ TEST(Apply, MasksAPointWhereItsMaskByteSaysSo) {
 
 // The invalid-mask line is what segmentation users read in the log.
 TEST(Apply, RefusesInvalidMasksAndMissingArgumentsBeforeTouchingAnyPoint) {
-  const struct Case { const char* message; uint64_t address, size; uint32_t width; bool noCloud = false, noList = false; int points = 2; } cases[] = {
+  const struct Case { const char* message; uint64_t address, size; uint32_t width;
+                      bool noCloud = false, noList = false; int points = 2; } cases[] = {
       {"Invalid mask data mask name:person address:9abcdef0 size:4096 width:0 height timestamp:77", 0x123456789ABCDEF0u, 4096, 0},
       {"Invalid mask data mask name:person address:0 size:307200 width:640 height timestamp:77", 0, 307200, 640},
       {"Invalid mask data mask name:person address:ffffffff size:0 width:640 height timestamp:77", ~uint64_t{0}, 0, 640},
@@ -162,15 +161,16 @@ TEST(Apply, RefusesInvalidMasksAndMissingArgumentsBeforeTouchingAnyPoint) {
       {"", 1, 1, 1, false, false, 0} /* and no mask to use it */};
   for (size_t i = 0; i < std::size(cases); ++i) {
     const Case& row = cases[i];
-    MaskedPointCloud cloud = CloudWith(Camera::kStandard);
+    MaskedPointCloud cloud = CloudWith(kStandard);
     Point points[2] = {AtColorPixel(10, 20), AtColorPixel(500, 400)};
     weftcore::Channel::RawData raw{row.points ? points : nullptr, sizeof points, "", 0};
-    const std::vector<Mask> masks(i < 6, Color(640, 480, 255));  // would remove both points
+    const std::vector<Mask> masks(i < 6, Color(640, 480, 255));  // rows 0 to 5: a mask removing both points
     MaskList list = ListOf(masks);
-    if (i < 3) list.data.push_back({"person", row.address, row.size, row.width, 77, 999, true, false});
+    if (i < 3) list.data.push_back({"person", row.address, row.size, row.width, 77, 999, true, false});  // then an invalid one
     const Status status = cloud.Apply(row.noCloud ? nullptr : &raw, row.noList ? nullptr : &list);
     EXPECT_EQ(status.message(), row.message) << i;
-    EXPECT_EQ(zelto_test::Printf("%d %d %s", status.level(), status.cause(), status.block().c_str()), *row.message ? "1 2 ZeltoMesh" : "0 0 ");
+    EXPECT_EQ(zelto_test::Printf("%d %d %s", status.level(), status.cause(), status.block().c_str()),
+              *row.message ? "1 2 ZeltoMesh" : "0 0 ");
     EXPECT_EQ(std::make_pair(points[0].z, points[1].z), std::make_pair(int16_t{1000}, int16_t{1000}));
   }
 }
@@ -230,7 +230,7 @@ TEST(Apply, AgreesWithAPlainModelOnARealFrame) {
 }
 
 TEST(Apply, AllocatesOnceWhateverThePointCountAndReportsExhaustedMemory) {
-  MaskedPointCloud cloud = CloudWith(Camera::kStandard);
+  MaskedPointCloud cloud = CloudWith(kStandard);
   const std::vector<Mask> masks = {Color(640, 480), Depth(320, 240), Depth(320, 240, 255)};
   const MaskList list = ListOf(masks);
   for (size_t count : {1, 10000}) {
