@@ -15,19 +15,9 @@
 #include <gtest/gtest.h>
 
 namespace ZeltoCliTest {
-namespace {
-
-std::string Quoted(const std::string& text) {
-  std::string quoted = "'";
-  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
-}
-
-}  // namespace
 
 std::string ReadFileBytes(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return std::string(std::istreambuf_iterator<char>(file), {});
+  return std::string(std::istreambuf_iterator<char>(std::ifstream(path).rdbuf()), {});
 }
 
 std::string FreshDirectory(const std::string& name) {
@@ -41,28 +31,29 @@ std::string FreshDirectory(const std::string& name) {
 
 ProcessResult RunZeltoMesh(const std::vector<std::string>& arguments, const std::string& directory,
                            const std::vector<std::string>& environment, bool terminal) {
-  // The terminal keeps what the child wrote until it is read, as long as
-  // this process holds its other end open; a run's progress bar fits in it.
+  // Holding both ends, this process keeps what the child wrote until it reads it.
   const int pty = terminal ? posix_openpt(O_RDWR | O_NOCTTY) : -1;
   const bool opened = pty >= 0 && grantpt(pty) == 0 && unlockpt(pty) == 0;
-  EXPECT_EQ(opened, terminal) << "no pseudo-terminal";
   const std::string err_path = opened ? ptsname(pty) : directory + "/.stderr";
   const int held = opened ? open(err_path.c_str(), O_RDWR | O_NOCTTY) : -1;
-  std::string command = "cd " + Quoted(directory) + " && exec env";
-  for (const std::string& variable : environment) command += " " + Quoted(variable);
-  command += " " + Quoted(std::string(ZELTO_BINARY_DIR) + "/zelto-mesh");
-  for (const std::string& argument : arguments) command += " " + Quoted(argument);
-  const int status = std::system((command + " </dev/null >.stdout 2>" + Quoted(err_path)).c_str());
+  const auto quote = [](const std::string& text) {  // one word for the shell, as it is
+    std::string quoted = "'";
+    for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return quoted + "'";
+  };
+  std::string command = "cd " + quote(directory) + " && exec env";
+  for (const std::string& variable : environment) command += " " + quote(variable);
+  command += " " + quote(std::string(ZELTO_BINARY_DIR) + "/zelto-mesh");
+  for (const std::string& argument : arguments) command += " " + quote(argument);
+  const int status = std::system((command + " </dev/null >.stdout 2>" + quote(err_path)).c_str());
   ProcessResult result;
   result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
   result.out = ReadFileBytes(directory + "/.stdout");
-  // The terminal hands on what the child wrote a moment later: read until it
-  // has been quiet for a while.
+  // The terminal hands the bytes on a moment later: read until it is quiet.
   char buffer[4096];
-  ssize_t count = 0;
   for (pollfd ready{pty, POLLIN, 0}; opened && poll(&ready, 1, 200) > 0;) {
-    if ((count = read(pty, buffer, sizeof buffer)) <= 0) break;
-    result.err.append(buffer, static_cast<size_t>(count));
+    const ssize_t count = read(pty, buffer, sizeof buffer);
+    result.err.append(buffer, count > 0 ? size_t(count) : 0);
   }
   if (!opened) result.err = ReadFileBytes(err_path);
   std::filesystem::remove(directory + "/.stdout");

@@ -11,12 +11,10 @@ struct ProcessResult {
   std::string out, err;
 };
 
-// zelto-mesh in `directory`, stdout on a file, stderr on a file or a pseudo-
-// terminal, with this process's environment plus `environment` ("NAME=value").
+// zelto-mesh in `directory`, stderr on a file or a terminal, with `environment` added.
 ProcessResult RunZeltoMesh(const std::vector<std::string>& arguments, const std::string& directory,
                            const std::vector<std::string>& environment = {}, bool terminal = false);
-// A fresh directory named after the running test, under this build's tree:
-// builds of other presets may run the same tests at the same time.
+// A fresh directory for the running test in this build's tree (other builds run the same tests).
 std::string FreshDirectory(const std::string& name);
 std::string ReadFileBytes(const std::string& path);
 
