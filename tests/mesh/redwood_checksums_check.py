@@ -14,8 +14,8 @@ def depth_millimetres(index):
     while pos < len(data):
         size, kind = struct.unpack('>I4s', data[pos:pos + 8])
         if kind == b'IHDR':
-            width, height, bits, colour, _, _, interlace = struct.unpack('>IIBBBBB', data[pos + 8:pos + 21])
-            assert (bits, colour, interlace) == (16, 0, 0)
+            width, height, *form = struct.unpack('>IIBBBBB', data[pos + 8:pos + 21])
+            assert (form[0], form[1], form[4]) == (16, 0, 0)  # 16-bit grayscale, not interlaced
         idat += data[pos + 8:pos + 8 + size] if kind == b'IDAT' else b''
         pos += 12 + size
     raw = np.frombuffer(zlib.decompress(idat), np.uint8).reshape(height, 1 + 2 * width)
@@ -52,7 +52,8 @@ def flat_mesh(depth, level, reset):
     if reset:
         dA, dB = np.abs(zm[:-1, :-1] - zm[1:, 1:]), np.abs(zm[:-1, 1:] - zm[1:, :-1])
         other = ~(dA > dB + F32(0.05)) & (dA + F32(0.05) < dB)
-        cells[..., 2], cells[..., 3] = np.where(other, b + nx + 1, b + nx), np.where(other, b, b + 1)
+        cells[..., 2] = np.where(other, b + nx + 1, b + nx)
+        cells[..., 3] = np.where(other, b, b + 1)
     return (struct.pack('<i', nx * ny) + np.stack([x, y, zm], axis=-1).astype('<f4').tobytes()
             + struct.pack('<i', cells.size // 3) + cells.astype('<i4').tobytes() + bytes([reset]))
 
@@ -61,7 +62,8 @@ def main():
     text = open(os.path.join(ROOT, 'tests/support/redwood_checksums.h')).read()
     table = text[text.index('kRedwoodMeshCrc32'):]
     pinned = [int(crc, 16) for crc in re.findall(r'(0x[0-9a-f]{8})u', table[:table.index(';')])]
-    computed = [zlib.crc32(flat_mesh(depth, level, reset)) for depth in map(depth_millimetres, range(5))
+    depths = map(depth_millimetres, range(5))
+    computed = [zlib.crc32(flat_mesh(depth, level, reset)) for depth in depths
                 for level in (0, 2, 5) for reset in (False, True)]
     if pinned != computed:  # the table as it should read, frame by frame
         row = '{{0x%08xu, 0x%08xu}, {0x%08xu, 0x%08xu}, {0x%08xu, 0x%08xu}},'

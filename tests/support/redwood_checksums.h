@@ -26,8 +26,7 @@ constexpr uint64_t kRedwoodFrame0FlatSize = 11032353;
 constexpr uint64_t kRedwoodFrame0FlatResetFnv1a64 = 0x56e2b720ec5b930dull;
 constexpr uint64_t kRedwoodFrame0FlatNonResetFnv1a64 = 0xa898932290e45762ull;
 
-// CRC-32 of frame f (depth/0000f.png) at kRedwoodPinnedLevels[l]: [f][l][reset].
-constexpr int32_t kRedwoodPinnedLevels[] = {0, 2, 5};
+// CRC-32 of frame f (depth/0000f.png) at levels 0, 2 and 5: [f][level 0, 2, 5][reset].
 constexpr uint32_t kRedwoodMeshCrc32[5][3][2] = {
     {{0x00c8942cu, 0x8782dafdu}, {0x46a68d0eu, 0x2314ab0au}, {0xc10b280du, 0x59704d43u}},
     {{0x3eb574e6u, 0x65bc60ebu}, {0x9bfc65f4u, 0x86ee3b7au}, {0xee6ac0fau, 0x3cf607e1u}},
