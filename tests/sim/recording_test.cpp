@@ -54,9 +54,8 @@ TEST(Recording, DepthToPointRoundsAndClamps) {
   }
 }
 
-// A 2 x 2 recording of two depth frames and a mask track; each row replaces
-// a file or directory (no contents: removes it) and names the message, which
-// follows "DIR/NAME: " unless it starts with the rest of the path itself.
+// A 2 x 2 recording of two depth frames and a mask track; each row replaces a file or directory
+// (no contents: removes it). Messages follow "DIR/NAME: " unless they start with ':' or '/'.
 TEST(Recording, LoadNamesTheFileAndWhatIsWrongWithIt) {
   const std::string dir = "/tmp/zelto_recording_" + std::to_string(getpid());
   const auto png = [&dir](int bits, uint32_t width, uint32_t height) {

@@ -18,9 +18,8 @@ TEST(SyntheticScene, FrameDependsOnlyOnSeedAndIndex) {
   EXPECT_TRUE(first == again && first != other);
 }
 
-// The torso left of the centre, and the floor 1.3 m under a camera pitched 15
-// degrees down. The person mask is read as the mesh source reads it: the point
-// turned into the colour camera, whole colour pixels, scaled to the mask.
+// The torso left of the centre and the floor 1.3 m under a camera pitched 15 degrees down. The
+// person mask is read as the mesh source reads it: the point turned into the colour camera.
 TEST(SyntheticScene, MasksMarkWhatTheDepthImageShows) {
   std::vector<uint16_t> depth;
   std::vector<uint8_t> person, floor;

@@ -15,8 +15,7 @@ namespace {
 
 const std::string kRedwood = std::string(ZELTO_EXAMPLES_DIR) + "/redwood";
 
-// `*` stands for the words of a library the program uses (JSON parser, dynamic
-// loader, MessagePack): only the program's own words are pinned.
+// `*`: the words of a library (JSON parser, loader, MessagePack); only the program's are pinned.
 TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   const std::string at = FreshDirectory("fixtures");
   for (const char* name : {"/not_json", "/eight_bit/depth", "/short_cloud/pointcloud", "/lib"}) {

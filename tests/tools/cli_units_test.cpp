@@ -12,8 +12,7 @@ namespace {
 
 using namespace zelto_test;
 
-// Packed as msgpack-c packs the records' fields, so that a --set reaches the
-// source in the bytes any client would send. A null `json`: printing only.
+// Packed as msgpack-c packs the records' fields; rows without `json` are only printed.
 TEST(JsonMsgpack, ConvertsBothWays) {
   const std::tuple<const char*, Bytes, const char*> cases[] = {
       {"65536", {0xce, 0x00, 0x01, 0x00, 0x00}, "65536"},

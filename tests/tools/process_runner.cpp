@@ -46,9 +46,8 @@ ProcessResult RunZeltoMesh(const std::vector<std::string>& arguments, const std:
   command += " " + quote(std::string(ZELTO_BINARY_DIR) + "/zelto-mesh");
   for (const std::string& argument : arguments) command += " " + quote(argument);
   const int status = std::system((command + " </dev/null >.stdout 2>" + quote(err_path)).c_str());
-  ProcessResult result;
-  result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  result.out = ReadFileBytes(directory + "/.stdout");
+  ProcessResult result{WIFEXITED(status) ? WEXITSTATUS(status) : -1,
+                       ReadFileBytes(directory + "/.stdout"), ""};
   // The terminal hands the bytes on a moment later: read until it is quiet.
   char buffer[4096];
   for (pollfd ready{pty, POLLIN, 0}; opened && poll(&ready, 1, 200) > 0;) {
