@@ -110,21 +110,6 @@ Status ComponentLibrary::Load(const std::string& library,
   return Status();
 }
 
-Status ComponentLibrary::FromEntryPoints(const std::string& name, CreateComponentFunction create,
-                                         DestroyComponentFunction destroy,
-                                         std::unique_ptr<ComponentLibrary>* loaded) {
-  if (loaded == nullptr || create == nullptr || destroy == nullptr) {
-    return Status(kLevelError, kCauseInvalidArgument, "Null pointer").SetBlock("core");
-  }
-  std::unique_ptr<ComponentLibrary> result(new ComponentLibrary());
-  result->name_ = name;
-  result->destroy_ = destroy;
-  Status status = CreateComponentOf(name, create, &result->component_);
-  if (status.IsError()) return status;
-  *loaded = std::move(result);
-  return Status();
-}
-
 ComponentLibrary::~ComponentLibrary() {
   if (component_ != nullptr && destroy_ != nullptr) destroy_(component_);
   if (handle_ != nullptr) dlclose(handle_);

@@ -65,7 +65,6 @@ Status HeapAllocator::Allocate(uint64_t size, Memory** memory) {
         .SetBlock("core");
   }
   live_.fetch_add(1);
-  total_.fetch_add(1);
   *memory = block;
   return Status();
 }

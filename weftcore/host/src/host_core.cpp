@@ -44,21 +44,6 @@ HostCore::~HostCore() {
   components_.clear();
 }
 
-Status HostCore::RegisterComponent(const std::string& name, CreateComponentFunction create,
-                                   DestroyComponentFunction destroy) {
-  std::lock_guard<std::recursive_mutex> lock(mutex_);
-  if (components_.count(name) != 0) {
-    return Status(kLevelError, kCauseAlreadyExists, "component %s is already loaded",
-                  name.c_str())
-        .SetBlock("core");
-  }
-  std::unique_ptr<ComponentLibrary> library;
-  Status status = ComponentLibrary::FromEntryPoints(name, create, destroy, &library);
-  if (status.IsError()) return status.AddTrace(nullptr, 0);
-  AddComponent(name, std::move(library));
-  return Status();
-}
-
 void HostCore::AddComponent(const std::string& name,
                               std::unique_ptr<ComponentLibrary> library) {
   LoadedComponent component;
@@ -76,7 +61,7 @@ Status HostCore::FindComponent(const std::string& name, LoadedComponent** compon
     const auto entry = configuration_.components.find(name);
     if (entry == configuration_.components.end()) {
       return Status(kLevelError, kCauseNotFound,
-                    "component %s is neither registered nor configured", name.c_str())
+                    "component %s is not configured", name.c_str())
           .SetBlock("core");
     }
     std::unique_ptr<ComponentLibrary> library;
@@ -104,11 +89,6 @@ Status HostCore::Finalize() {
   std::lock_guard<std::recursive_mutex> lock(mutex_);
   if (initialize_count_ > 0) --initialize_count_;
   return Status();
-}
-
-int HostCore::InitializeCount() const {
-  std::lock_guard<std::recursive_mutex> lock(mutex_);
-  return initialize_count_;
 }
 
 Status HostCore::OpenStream(const std::string& key, Stream** stream) {
@@ -185,21 +165,6 @@ Status HostCore::CloseStream(Stream* stream) {
   Status status = closing->Shutdown();
   if (status.IsError()) status.AddTrace(nullptr, 0);
   return status;
-}
-
-StreamSource* HostCore::SourceOf(Stream* stream) const {
-  std::lock_guard<std::recursive_mutex> lock(mutex_);
-  for (const auto& open : streams_) {
-    if (open.get() == stream) return open->source();
-  }
-  return nullptr;
-}
-
-std::vector<std::string> HostCore::OpenStreamKeys() const {
-  std::lock_guard<std::recursive_mutex> lock(mutex_);
-  std::vector<std::string> keys;
-  for (const auto& open : streams_) keys.push_back(open->key());
-  return keys;
 }
 
 }  // namespace host

@@ -137,16 +137,6 @@ Status HostStream::SetSerializedProperty(const std::string& key, const void* pro
 
 StreamFunctionLockManager* HostStream::GetFunctionLockManager() { return &lock_manager_; }
 
-size_t HostStream::OutstandingFrames() const {
-  std::lock_guard<std::mutex> lock(frames_mutex_);
-  return handed_out_.size();
-}
-
-size_t HostStream::QueuedFrames() const {
-  std::lock_guard<std::mutex> lock(frames_mutex_);
-  return pending_.size();
-}
-
 void HostStream::ReleaseAllFrames() {
   std::vector<FrameInfo> frames;
   {

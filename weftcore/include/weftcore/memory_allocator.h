@@ -25,9 +25,9 @@ class WEFTCORE_API MemoryAllocator {
   MemoryAllocator& operator=(const MemoryAllocator&) = delete;
   virtual ~MemoryAllocator();
 
-  // Slot 1. On success *memory is a block of at least `size` bytes.
+  // On success *memory is a block of at least `size` bytes.
   virtual Status Allocate(uint64_t size, Memory** memory) = 0;
-  // Slot 2. Returns the block to the allocator; null is ignored.
+  // Returns the block to the allocator; null is ignored.
   virtual Status Free(Memory* memory) = 0;
 };
 

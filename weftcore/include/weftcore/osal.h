@@ -25,9 +25,9 @@ WEFTCORE_API bool OSMemcpy(void* dst, size_t dst_size, const void* src, size_t c
 using SleepHook = std::function<void(uint64_t nanoseconds)>;
 WEFTCORE_API SleepHook SetSleepHook(SleepHook hook);
 
-// The platform log of the host substitute. Log types are those of Apple's
-// unified log (default 0, info 1, debug 2, error 16). When a sink is installed
-// every record goes to it instead of the system log.
+// The platform log. Log types are the platform's (default 0, info 1, debug 2,
+// error 16). With a sink installed every record goes to the sink instead of
+// the system log, so that a host or a test can read what a component logs.
 using LogSink = std::function<void(int log_type, const char* tag, const char* message)>;
 WEFTCORE_API LogSink SetLogSink(LogSink sink);
 // True when a sink took the record; false means "write it to the system log".

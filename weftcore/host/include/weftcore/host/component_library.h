@@ -18,10 +18,6 @@ class ComponentLibrary {
   // creates the component. Errors name the library and dlerror()'s text.
   static Status Load(const std::string& library, const std::vector<std::string>& search_paths,
                      std::unique_ptr<ComponentLibrary>* loaded);
-  // A component linked into the program instead of loaded from a library.
-  static Status FromEntryPoints(const std::string& name, CreateComponentFunction create,
-                                DestroyComponentFunction destroy,
-                                std::unique_ptr<ComponentLibrary>* loaded);
 
   ~ComponentLibrary();  // DestroyComponent, then dlclose
   ComponentLibrary(const ComponentLibrary&) = delete;
@@ -33,7 +29,7 @@ class ComponentLibrary {
  private:
   ComponentLibrary() = default;
   std::string name_;
-  void* handle_ = nullptr;  // dlopen handle; null for in-process components
+  void* handle_ = nullptr;  // dlopen handle
   DestroyComponentFunction destroy_ = nullptr;
   StandardComponent* component_ = nullptr;
 };

@@ -18,14 +18,12 @@ class HeapAllocator final : public MemoryAllocator {
   Status Free(Memory* memory) override;
 
   int64_t LiveCount() const { return live_.load(); }
-  int64_t TotalAllocations() const { return total_.load(); }
   // The next `count` Allocate calls fail with cause 6, as memory exhaustion
   // would.
   void FailNextAllocations(int count) { fail_next_.store(count); }
 
  private:
   std::atomic<int64_t> live_{0};
-  std::atomic<int64_t> total_{0};
   std::atomic<int> fail_next_{0};
 };
 

@@ -1,4 +1,5 @@
-// The host substitute's Core: a stream registry over loaded components.
+// The host's Core: a registry of open streams over the component libraries
+// it loads on demand.
 #pragma once
 
 #include <map>
@@ -27,11 +28,6 @@ class HostCore final : public Core {
   // Closes every stream still open, then unloads the components.
   ~HostCore() override;
 
-  // Serves the component `name` from entry points linked into this program
-  // instead of loading a library.
-  Status RegisterComponent(const std::string& name, CreateComponentFunction create,
-                           DestroyComponentFunction destroy);
-
   // Reference-counted: every Initialize needs a Finalize. Finalize without a
   // matching Initialize is harmless and returns OK.
   Status Initialize() override;
@@ -47,12 +43,6 @@ class HostCore final : public Core {
   Status CloseStream(Stream* stream) override;
 
   HeapAllocator& allocator() { return allocator_; }
-  int InitializeCount() const;
-  // The source behind an open stream of this core; null for a stream this
-  // core did not open.
-  StreamSource* SourceOf(Stream* stream) const;
-  // Keys of the streams open right now, in opening order.
-  std::vector<std::string> OpenStreamKeys() const;
 
  private:
   using SupportedList = std::vector<std::pair<std::string, int>>;

@@ -1,4 +1,4 @@
-// A stream of the host substitute: one source, its registered properties,
+// A stream of the host: one source, its registered properties,
 // its frames, under the stream's function lock.
 #pragma once
 
@@ -82,10 +82,6 @@ class HostStream final : public Stream {
   StreamSource* source() const { return source_; }
   StreamSourceFactory* factory() const { return factory_; }
   HostStreamUtility* utility() { return &utility_; }
-  // Frames handed out by GetFrame and not yet released.
-  size_t OutstandingFrames() const;
-  // Frames the source delivered that GetFrame has not handed out yet.
-  size_t QueuedFrames() const;
 
   // Hands every queued and outstanding frame back to the source, then calls
   // Close and the factory's ReleaseSource. Later calls of the stream's
