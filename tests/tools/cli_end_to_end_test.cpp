@@ -24,7 +24,7 @@ Args With(Args run, const Args& more) {
 const Args kRedwoodFrame = {"run", "--input", kRedwood, "--frames", "1", "-q"};
 
 // `make run`'s command on 8 frames, two of them re-fits: 60 meshes take half a gigabyte.
-TEST(ZeltoMesh, MakeRunCommandWritesMaskedMeshesPreviewStatsAndSummary) {
+TEST(ZeltoMesh, MakeRunCommandWritesMeshesPreviewStatsAndSummary) {
   const std::string work = FreshDirectory("work");
   const ProcessResult result = RunZeltoMesh({"run", "--frames", "8", "--mask", "person", "--out",
       "out", "--preview", "out/preview.png", "--stats", "out/stats.jsonl"}, work);
