@@ -54,9 +54,13 @@ class HostCore final : public Core {
   Status FindComponent(const std::string& name, LoadedComponent** component);
   void AddComponent(const std::string& name, std::unique_ptr<ComponentLibrary> library);
 
-  HostConfiguration configuration_;
-  std::vector<std::string> search_paths_;
-  HeapAllocator allocator_;
+  // Fixed at construction.
+  const HostConfiguration configuration_;
+  const std::vector<std::string> search_paths_;
+  HeapAllocator allocator_;  // thread-safe on its own
+
+  // Guarded by mutex_, which is recursive because a source opens and closes
+  // its upstream streams from inside its own Open and Close.
   mutable std::recursive_mutex mutex_;
   int initialize_count_ = 0;
   std::map<std::string, LoadedComponent> components_;

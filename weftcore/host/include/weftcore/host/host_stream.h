@@ -48,8 +48,8 @@ class HostStreamUtility final : public StreamSourceUtility {
   std::vector<std::string> PropertyKeys() const;
 
  private:
-  MemoryAllocator* default_allocator_;
-  mutable std::mutex mutex_;
+  MemoryAllocator* default_allocator_;  // not owned; fixed at construction
+  mutable std::mutex mutex_;            // guards properties_
   std::map<std::string, std::unique_ptr<PropertyAccessor>> properties_;
 };
 
@@ -92,13 +92,14 @@ class HostStream final : public Stream {
  private:
   void ReleaseAllFrames();
 
+  // Set at construction; Shutdown hands the source back and clears source_.
   std::string key_;
   StreamSourceFactory* factory_;
   StreamSource* source_;
   HostStreamUtility utility_;
   StreamFunctionLockManager lock_manager_;
-  // Guards the two frame collections: GetFrame and ReleaseFrame already run
-  // one at a time under kFrame, but the counters and Shutdown do not.
+  // frames_mutex_ guards the frame collections and shut_down_: GetFrame and
+  // ReleaseFrame already run one at a time under kFrame, but Shutdown does not.
   mutable std::mutex frames_mutex_;
   std::deque<FrameInfo> pending_;  // delivered by GetFrames, not yet handed out
   std::map<const Frame*, std::unique_ptr<HostFrame>> handed_out_;
