@@ -39,7 +39,8 @@ TEST(MeshStreamConcurrency, PropertySetsRacingFramesSettleOnTheLastSet) {
   client("kZeltoMeshMaskSettingsKey", masks);
   while (clientsRunning.load() < 4) std::this_thread::yield();  // every client has set once
 
-  for (int frames = 0; frames < 100;) {
+  for (int frames = 0, requests = 0; frames < 100; ++requests) {
+    ASSERT_LT(requests, 1000) << "the stream stopped delivering frames";
     weftcore::Frame* frame = nullptr;
     ASSERT_TRUE(mesh->GetFrame(&frame, 0).ok());
     if (frame == nullptr) {  // the recording has ended: rewind
