@@ -16,6 +16,7 @@ using Calls = std::vector<Bytes>;
 
 const Bytes kRate30 = {0x82, 0xA3, 'n', 'u', 'm', 0x1E, 0xA5, 'd', 'e', 'n', 'o', 'm', 0x01};
 const Bytes kNotAMap = {0x92, 0x01, 0x02};
+const Bytes kEmptyMap = {0x80};
 
 // A source's typed handlers; `seen` holds each record they were given, encoded.
 struct Handler {
@@ -37,6 +38,7 @@ TEST(Accessor, SetHandsTheHandlerTheDecodedRecordOrNoneAndReturnsItsStatus) {
   struct Case { const char* name; const uint8_t* bytes; size_t size; int cause; Calls seen; };
   const Case cases[] = {
       {"record", kRate30.data(), 13, 0, {kRate30}},
+      {"an empty map is a record of defaults", kEmptyMap.data(), 1, 0, {Encode(Rate{})}},
       {"null bytes reach the handler as no record", nullptr, 13, 2, {Bytes()}},
       {"size 0 reaches the handler as no record", kRate30.data(), 0, 2, {Bytes()}},
       {"undecodable bytes never reach the handler", kNotAMap.data(), 3, 8, {}},
