@@ -18,10 +18,15 @@ set(ZELTO_CLIENT_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/component_zelto_mesh)
 # Libraries look beside themselves: the plug-ins for libweftcore.so, and
 # libweftcore_host.so for the plug-ins it dlopens by bare name, so a host
 # program anywhere finds the components installed next to the host library.
+if(APPLE)
+  set(ZELTO_ORIGIN @loader_path)
+else()
+  set(ZELTO_ORIGIN \$ORIGIN)
+endif()
 file(RELATIVE_PATH ZELTO_BIN_TO_LIB ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-set_target_properties(zelto-mesh PROPERTIES INSTALL_RPATH "\$ORIGIN/${ZELTO_BIN_TO_LIB}")
+set_target_properties(zelto-mesh PROPERTIES INSTALL_RPATH "${ZELTO_ORIGIN}/${ZELTO_BIN_TO_LIB}")
 set_target_properties(weftcore_host component_zelto_mesh component_zelto_sim
-  PROPERTIES INSTALL_RPATH "\$ORIGIN")
+  PROPERTIES INSTALL_RPATH "${ZELTO_ORIGIN}")
 
 # The framework interface and the host library.
 set_target_properties(weftcore_host PROPERTIES EXPORT_NAME host)
