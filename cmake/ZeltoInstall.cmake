@@ -14,6 +14,16 @@ set(ZELTO_DATA_DIR ${CMAKE_INSTALL_DATADIR}/component_zelto_mesh)
 # the prefix's include/.
 set(ZELTO_CLIENT_INCLUDE_DIR ${CMAKE_INSTALL_INCLUDEDIR}/component_zelto_mesh)
 
+# zelto_install_package(<name> <destination> [PATH_VARS ...]): the package's
+# config, from cmake/<name>Config.cmake.in, and its version file, installed.
+function(zelto_install_package name destination)
+  set(stem ${PROJECT_BINARY_DIR}/package/${name})
+  configure_package_config_file(${CMAKE_CURRENT_FUNCTION_LIST_DIR}/${name}Config.cmake.in
+    ${stem}Config.cmake INSTALL_DESTINATION ${destination} ${ARGN})
+  write_basic_package_version_file(${stem}ConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+  install(FILES ${stem}Config.cmake ${stem}ConfigVersion.cmake DESTINATION ${destination})
+endfunction()
+
 # Run paths of the installed files. Programs find the libraries from bin/.
 # Libraries look beside themselves: the plug-ins for libweftcore.so, and
 # libweftcore_host.so for the plug-ins it dlopens by bare name, so a host
@@ -33,22 +43,15 @@ set_target_properties(weftcore_host PROPERTIES EXPORT_NAME host)
 install(TARGETS weftcore weftcore_host EXPORT weftcoreTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(DIRECTORY ${PROJECT_SOURCE_DIR}/weftcore/include/ ${PROJECT_SOURCE_DIR}/weftcore/host/include/
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/weftcore/include/
+  ${PROJECT_SOURCE_DIR}/weftcore/host/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT weftcoreTargets NAMESPACE weftcore:: DESTINATION ${ZELTO_WEFTCORE_CMAKE_DIR})
 
 # msgpack-c travels as a header dependency: the package config looks for the
 # headers itself and defines them with the build's own definitions, so that
 # the records a client encodes have the bytes the component decodes.
 get_target_property(ZELTO_MSGPACK_DEFINITIONS zelto_msgpack INTERFACE_COMPILE_DEFINITIONS)
-configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/weftcoreConfig.cmake.in
-  ${PROJECT_BINARY_DIR}/package/weftcoreConfig.cmake
-  INSTALL_DESTINATION ${ZELTO_WEFTCORE_CMAKE_DIR})
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/weftcoreConfigVersion.cmake
-  COMPATIBILITY SameMinorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/package/weftcoreConfig.cmake
-  ${PROJECT_BINARY_DIR}/package/weftcoreConfigVersion.cmake
-  DESTINATION ${ZELTO_WEFTCORE_CMAKE_DIR})
+zelto_install_package(weftcore ${ZELTO_WEFTCORE_CMAKE_DIR})
 
 # The component: the records and names a client exchanges with the mesh
 # source, and the two plug-ins as imported targets whose files a host loads
@@ -74,19 +77,12 @@ foreach(header
     properties/zelto_segmentation_properties.h
     properties/zelto_tof_properties.h)
   get_filename_component(header_dir ${header} DIRECTORY)
-  install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${ZELTO_CLIENT_INCLUDE_DIR}/${header_dir})
+  install(FILES ${PROJECT_SOURCE_DIR}/${header}
+    DESTINATION ${ZELTO_CLIENT_INCLUDE_DIR}/${header_dir})
 endforeach()
 install(EXPORT component_zelto_meshTargets NAMESPACE component_zelto_mesh::
   DESTINATION ${ZELTO_PACKAGE_CMAKE_DIR})
-configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/component_zelto_meshConfig.cmake.in
-  ${PROJECT_BINARY_DIR}/package/component_zelto_meshConfig.cmake
-  INSTALL_DESTINATION ${ZELTO_PACKAGE_CMAKE_DIR}
-  PATH_VARS ZELTO_DATA_DIR)
-write_basic_package_version_file(${PROJECT_BINARY_DIR}/package/component_zelto_meshConfigVersion.cmake
-  COMPATIBILITY SameMinorVersion)
-install(FILES ${PROJECT_BINARY_DIR}/package/component_zelto_meshConfig.cmake
-  ${PROJECT_BINARY_DIR}/package/component_zelto_meshConfigVersion.cmake
-  DESTINATION ${ZELTO_PACKAGE_CMAKE_DIR})
+zelto_install_package(component_zelto_mesh ${ZELTO_PACKAGE_CMAKE_DIR} PATH_VARS ZELTO_DATA_DIR)
 
 # The command-line host, the example recording and the documents.
 install(TARGETS zelto-mesh RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
