@@ -8,9 +8,15 @@
 #include "mesh/mesh_frame_data.h"
 #include "weftcore/host/host_core.h"
 
-#define CHECK(ok) if (!(ok)) return std::fprintf(stderr, "failed: %s\n", #ok), 1
+namespace {
 
-int main() {
+// Says which check failed; main returns 1 at the first one.
+bool Check(bool ok, const char* what) {
+  if (!ok) std::fprintf(stderr, "failed: %s\n", what);
+  return ok;
+}
+
+int Run() {
   weftcore::host::HostConfiguration configuration;
   configuration.components["mesh"].library = MESH_PLUGIN;
   configuration.components["sim"].library = "component_zelto_sim";
@@ -20,16 +26,34 @@ int main() {
   weftcore::host::HostCore core(configuration, {});  // no search path of its own
   weftcore::Stream* stream = nullptr;
   const weftcore::Status opened = core.OpenStream("mesh", &stream);
-  if (!opened.ok()) return std::fprintf(stderr, "%s\n", opened.message().c_str()), 1;
+  if (!Check(opened.ok(), opened.message().c_str())) return 1;
   const ZeltoMesh::ZeltoMeshAlgorithmConfigProperty_ config{3, 4};
-  CHECK(stream->SetProperty(ZeltoMesh::kZeltoMeshAlgorithmConfigKey, &config).ok());
+  if (!Check(stream->SetProperty(ZeltoMesh::kZeltoMeshAlgorithmConfigKey, &config).ok(),
+             "set the reduction level")) {
+    return 1;
+  }
   weftcore::Frame* frame = nullptr;
   weftcore::Channel* channel = nullptr;
   weftcore::Channel::RawData raw;
-  CHECK(stream->Start().ok() && stream->GetFrame(&frame, 5000).ok() && frame != nullptr);
-  CHECK(frame->GetChannel(0, &channel).ok() && channel->GetRawData(&raw).ok());
-  CHECK(raw.type == ZeltoMesh::kRawDataTypeMesh && raw.size == sizeof(ZeltoMesh::MeshFrameData));
+  if (!Check(stream->Start().ok() && stream->GetFrame(&frame, 5000).ok() && frame != nullptr &&
+                 frame->GetChannel(0, &channel).ok() && channel->GetRawData(&raw).ok(),
+             "one frame with a channel 0")) {
+    return 1;
+  }
   const auto* mesh = static_cast<const ZeltoMesh::MeshFrameData*>(raw.address);
-  CHECK(mesh->vertexCount == 160 * 120 && mesh->vertices != nullptr && mesh->triangleCount > 0);
-  CHECK(stream->ReleaseFrame(frame).ok() && stream->Stop().ok() && core.CloseStream(stream).ok());
+  if (!Check(raw.type == ZeltoMesh::kRawDataTypeMesh &&
+                 raw.size == sizeof(ZeltoMesh::MeshFrameData) && mesh->vertexCount == 160 * 120 &&
+                 mesh->vertices != nullptr && mesh->triangleCount > 0,
+             "a 160 x 120 reference-layout mesh")) {
+    return 1;
+  }
+  return Check(stream->ReleaseFrame(frame).ok() && stream->Stop().ok() &&
+                   core.CloseStream(stream).ok(),
+               "release, stop and close")
+             ? 0
+             : 1;
 }
+
+}  // namespace
+
+int main() { return Run(); }
