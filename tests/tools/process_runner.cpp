@@ -14,6 +14,11 @@
 
 #include <gtest/gtest.h>
 
+// A program built for another machine runs under its emulator.
+#ifndef ZELTO_CLI_LAUNCHER
+#define ZELTO_CLI_LAUNCHER ""
+#endif
+
 namespace ZeltoCliTest {
 
 std::string ReadFileBytes(const std::string& path) {
@@ -43,7 +48,7 @@ ProcessResult RunZeltoMesh(const std::vector<std::string>& arguments, const std:
   };
   std::string command = "cd " + quote(directory) + " && exec env";
   for (const std::string& variable : environment) command += " " + quote(variable);
-  command += " " + quote(std::string(ZELTO_BINARY_DIR) + "/zelto-mesh");
+  command += " " ZELTO_CLI_LAUNCHER " " + quote(std::string(ZELTO_BINARY_DIR) + "/zelto-mesh");
   for (const std::string& argument : arguments) command += " " + quote(argument);
   const int status = std::system((command + " </dev/null >.stdout 2>" + quote(err_path)).c_str());
   ProcessResult result{WIFEXITED(status) ? WEXITSTATUS(status) : -1,
