@@ -14,9 +14,15 @@ if(ZELTO_SANITIZE)
 endif()
 
 # Project code: strict warnings. Applied per target so that third-party code
-# is not held to them.
+# is not held to them. They are errors only where asked for (the presets and
+# CI): a packager's compiler may warn about things ours does not, and that
+# must not stop their build.
+option(ZELTO_WARNINGS_AS_ERRORS "Treat compiler warnings in project code as errors" OFF)
 function(zelto_project_target target)
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Werror)
+  target_compile_options(${target} PRIVATE -Wall -Wextra)
+  if(ZELTO_WARNINGS_AS_ERRORS)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
 endfunction()
 
 # Component code: strict warnings, no floating-point contraction (identical
@@ -28,3 +34,4 @@ function(zelto_component_target target)
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
+
