@@ -35,3 +35,27 @@ function(zelto_component_target target)
     VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
+# A plug-in lets only CreateComponent and DestroyComponent out, and every
+# symbol it uses must resolve when it is linked, not when a host loads it.
+# The list of exports sits beside the plug-in's CMakeLists.txt in the form its
+# linker reads: exports.map (a version script) for GNU-like linkers,
+# exported_symbols.txt (names as Apple's linker spells them, with a leading
+# underscore) on Apple, whose linker already refuses undefined symbols in a
+# library by default.
+include(CheckLinkerFlag)
+function(zelto_plugin_exports target)
+  if(APPLE)
+    set(exports ${CMAKE_CURRENT_SOURCE_DIR}/exported_symbols.txt)
+    target_link_options(${target} PRIVATE "LINKER:-exported_symbols_list,${exports}")
+  else()
+    set(exports ${CMAKE_CURRENT_SOURCE_DIR}/exports.map)
+    check_linker_flag(CXX "LINKER:--version-script=${exports},--no-undefined"
+      ZELTO_LINKER_IS_GNU_LIKE)
+    if(NOT ZELTO_LINKER_IS_GNU_LIKE)
+      message(FATAL_ERROR "${target}: the linker takes neither a version script nor "
+        "--no-undefined, so the plug-in cannot be limited to its two entry points")
+    endif()
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${exports},--no-undefined")
+  endif()
+  set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${exports})
+endfunction()
