@@ -7,6 +7,13 @@ add_library(zelto_msgpack INTERFACE)
 target_include_directories(zelto_msgpack SYSTEM INTERFACE ${MSGPACK_INCLUDE_DIR})
 target_compile_definitions(zelto_msgpack INTERFACE MSGPACK_NO_BOOST MSGPACK_DEFAULT_API_VERSION=3)
 
+# The Apple half of the logger is Objective-C++. The language is enabled here,
+# in the top directory, because the plug-in that links the logger's objects
+# lives in another directory than the logger.
+if(APPLE)
+  enable_language(OBJCXX)
+endif()
+
 if(ZELTO_SANITIZE)
   # Halt on the first error of any sanitizer.
   add_compile_options(-fsanitize=${ZELTO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -32,6 +39,7 @@ function(zelto_component_target target)
   target_compile_options(${target} PRIVATE -ffp-contract=off)
   set_target_properties(${target} PROPERTIES
     CXX_VISIBILITY_PRESET hidden
+    OBJCXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
