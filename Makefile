@@ -3,8 +3,8 @@
 JOBS ?= $(shell nproc)
 ZELTO_MESH = build/default/bin/zelto-mesh
 
-.PHONY: all bootstrap build build-cli run test test-default test-asan test-tsan bench clean
-.PHONY: test-arm64
+.PHONY: all bootstrap build build-cli run test test-default test-asan test-tsan \
+  test-arm64 test-release-warnings bench clean
 
 all: build
 
@@ -27,8 +27,9 @@ run: build-cli
 	$(ZELTO_MESH) run --mask person --out out --preview out/preview.png --stats out/stats.jsonl
 
 # The suite twice (normal, then AddressSanitizer + UBSan), then the
-# concurrency suite under ThreadSanitizer, then the suite built for arm64.
-test: bootstrap test-default test-asan test-tsan test-arm64
+# concurrency suite under ThreadSanitizer, then the suite built for arm64,
+# then the warning check of a plain Release build.
+test: bootstrap test-default test-asan test-tsan test-arm64 test-release-warnings
 
 test-default:
 	cmake --preset default >/dev/null
@@ -52,6 +53,13 @@ test-arm64: bootstrap
 	cmake --preset arm64 >/dev/null
 	cmake --build --preset arm64 -j $(JOBS)
 	ctest --preset arm64
+
+# A packager's or a host app's build, a plain Release build (-O3) without a
+# preset, must not print a single warning: with GCC everything is built, with
+# Clang the plug-ins and the command-line host only, to keep CI short.
+test-release-warnings: bootstrap
+	JOBS=$(JOBS) scripts/check-release-warnings g++
+	JOBS=$(JOBS) scripts/check-release-warnings clang++ zelto-mesh
 
 bench: build
 	build/default/bin/zelto_bench

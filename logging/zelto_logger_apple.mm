@@ -1,13 +1,13 @@
 // The platform half of ZeltoLogger on Apple: Foundation for the Documents
-// directory and its enumeration, the unified log for records. The weftcore
-// log sink is offered every record first, as off Apple.
+// directory and its enumeration, the unified log for records, and nothing
+// else. The weftcore log sink belongs to our own host; the device's OS layer
+// has none, so on the device records go to the unified log only.
 #import <Foundation/Foundation.h>
 #include <os/log.h>
 
 #include <string>
 
 #include "logging/zelto_logger_platform.h"
-#include "weftcore/osal.h"
 
 namespace ZeltoLoggerPlatform {
 
@@ -21,8 +21,10 @@ bool LocateSettingsFile(const std::string& settingsFileName, std::string* path) 
 
     // No match leaves the Documents directory itself, which reads nothing.
     NSString* found = documents;
-    NSDirectoryEnumerator<NSString*>* entries =
-        [[NSFileManager defaultManager] enumeratorAtPath:documents];
+    // Entries are paths relative to `documents`. The enumerator takes no type
+    // argument: GNUstep's Foundation, which the off-Apple compile check uses,
+    // does not declare it generic.
+    NSDirectoryEnumerator* entries = [[NSFileManager defaultManager] enumeratorAtPath:documents];
     for (NSString* relative in entries) {
       if ([[relative lastPathComponent] isEqualToString:name]) {
         found = [documents stringByAppendingFormat:@"/%@", relative];
@@ -39,7 +41,6 @@ bool LocateSettingsFile(const std::string& settingsFileName, std::string* path) 
 }
 
 void Emit(ZeltoLogger::PlatformLogType type, const char* tag, const char* message) {
-  if (weftcore::osal::DeliverToLogSink(type, tag, message)) return;
   const os_log_type_t logType = static_cast<os_log_type_t>(type);
   if (os_log_type_enabled(OS_LOG_DEFAULT, logType)) {
     os_log_with_type(OS_LOG_DEFAULT, logType, "[%s] %s", tag, message);

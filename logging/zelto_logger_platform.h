@@ -15,8 +15,10 @@ namespace ZeltoLoggerPlatform {
 // directory reads nothing, so the level then stays as it was).
 bool LocateSettingsFile(const std::string& settingsFileName, std::string* path);
 
-// Offers the record to the weftcore log sink first, then to the system log
-// when that type is enabled there.
+// Writes the record to the system log when that type is enabled there. Off
+// Apple the component runs only inside our own host, which may install a
+// weftcore log sink to read the records; there the sink is offered the record
+// first. On Apple the unified log is the only destination.
 void Emit(ZeltoLogger::PlatformLogType type, const char* tag, const char* message);
 
 }  // namespace ZeltoLoggerPlatform

@@ -34,8 +34,11 @@ int InfoCommand() {
   }
   text += "\n";
 
-  // A "mesh" source as `run` opens it on the synthetic scene.
-  MeshSession session(ZeltoSim::HostOptions{});
+  // A "mesh" source as `run` opens it on the synthetic scene. The options are
+  // a named object, not a temporary: GCC 12 at -O3 takes the temporary's
+  // strings for uninitialized when it inlines their destructors.
+  const ZeltoSim::HostOptions syntheticScene;
+  MeshSession session(syntheticScene);
   status = session.Open();
   if (status.IsError()) {
     std::cerr << ErrorLine("open mesh", status) << "\n";
