@@ -12,6 +12,7 @@
 
 #include "masking/mask_fit.h"
 #include "masking_fixtures.h"
+#include "mesh/mesh_harness.h"
 #include "support/log_capture.h"
 #include "support/redwood_checksums.h"
 #include "support/redwood_frame.h"
@@ -230,6 +231,12 @@ TEST(Apply, AgreesWithAPlainModelOnARealFrame) {
   EXPECT_TRUE(removed > count / 5 && removed < count * 4 / 5) << removed;  // the masks cut through the frame
   // An arm64 device must blank the very points an x86-64 host does: these bytes were pinned on x86-64.
   EXPECT_EQ(ZeltoTest::Crc32(bytes.data(), bytes.size()), 0x69deb148u);
+  // And the mesh built from them, flat layout, pinned on x86-64 as well.
+  ZeltoTest::MeshHarness harness;
+  harness.intrinsics = {525, 525, 319.5f, 239.5f};
+  harness.flatRawData = true;
+  const auto mesh = harness.Fill(reinterpret_cast<const int16_t*>(bytes.data()), frame.width, frame.height).flat;
+  EXPECT_EQ(ZeltoTest::Crc32(mesh.data(), mesh.size()), 0x7d874689u);
 }
 
 TEST(Apply, AllocatesOnceWhateverThePointCountAndReportsExhaustedMemory) {
