@@ -80,7 +80,8 @@ TEST(MeshBuilder, GivesTheModelsBytesOnRandomFramesWithChangingSettings) {
       harness.flatRawData = uniform(0, 1) == 1;
       harness.allocator.faults.misalignment = uint64_t{1} << uniform(0, 4) >> 1;  // 0, 1, 2, 4, 8
       if (frame == 0 || uniform(0, 4) == 0) {  // sizes mostly stay, so that records are reused
-        width = uniform(0, 41);
+        // Now and then wide, so that many groups of cells change in one row.
+        width = uniform(0, 5) == 0 ? uniform(260, 300) : uniform(0, 41);
         height = uniform(0, 9);
       } else if (uniform(0, 5) == 0) {
         std::swap(width, height);  // the same counts on a grid of other dimensions
