@@ -5,6 +5,7 @@
 // of the index traffic of a 640 x 480 frame.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -30,20 +31,34 @@ class CellSplit {
   // A non-reset frame: every cell back to the default split.
   void ClearOther(int32_t* triangles);
 
-  // The whole index array, as `triangles` holds it, written to `target`
-  // without reading `triangles`.
-  void WriteTo(int32_t* target) const;
+  // Cell row j of the index array, as `triangles` holds it, written to the
+  // same place in `target` without reading `triangles`: the flat layout's
+  // copy, written row by row while the row's flags are in the cache.
+  void WriteRowTo(int32_t j, int32_t* target) const;
 
  private:
-  template <typename Visit>
-  void ForEachOther(Visit visit) const;
-  void SetCell(int64_t cell, bool other, int32_t* triangles);
+  // Sets the flags of cells i .. i + count - 1 (count 1 to 4) of cell row j
+  // to `wanted` (byte l for cell i + l); when any changes, the cells'
+  // diagonals in `triangles` are prefetched and left for WritePending.
+  void Mark(int32_t j, int32_t i, int32_t count, uint32_t wanted, int32_t* triangles);
+  // Rewrites the diagonals of the marked cells from their flags.
+  void WritePending(int32_t* triangles);
+
+  struct Pending {
+    int32_t j;
+    int32_t i;
+    int32_t count;
+  };
 
   std::vector<uint8_t> other_;  // 1 where the cell takes the other diagonal
   int32_t nx_ = 0;
   int32_t ny_ = 0;
   bool known_ = false;    // the array holds the split that other_ describes
-  int64_t otherCount_ = 0;
+  int64_t otherCount_ = 0;  // flags set in other_
+  // Marked cell groups whose indices are not rewritten yet: a fixed array,
+  // so that a frame allocates nothing; when full it is written at once.
+  std::array<Pending, 64> pending_{};
+  int32_t pendingCount_ = 0;
 };
 
 }  // namespace ZeltoMesh

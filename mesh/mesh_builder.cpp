@@ -101,34 +101,41 @@ void MeshBuilder::WriteMesh(Slot& slot, const MeshGrid& grid, bool reset, const 
   const bool hasCells = slot.record.triangleCount > 0;  // nx >= 2 and ny >= 2
   const bool refit = reset && hasCells;
   if (hasCells) slot.split.Prepare(grid.nx, grid.ny, triangles);
+  // A frame that is not a reset frame takes the default split everywhere.
+  if (hasCells && !reset) slot.split.ClearOther(triangles);
   float* zRows[2] = {nullptr, nullptr};
   if (refit) {
     zRows[0] = zRows_.data();
     zRows[1] = zRows_.data() + grid.nx;
   }
+  // The flat block's cell row j, once the record's row holds its split.
+  const auto writeFlatRow = [&](int32_t j) {
+    if (hasCells && flatTriangles != nullptr) slot.split.WriteRowTo(j, flatTriangles);
+  };
 
   if (grid.exact) {
-    // Row by row, so that a reset frame re-fits each cell row while the
-    // depths of its two grid rows are still in the cache.
+    // Row by row, so that a reset frame re-fits each cell row, and the flat
+    // block receives it, while the depths of its two grid rows and its flags
+    // are still in the cache: one pass over the cells.
     for (int32_t j = 0; j < grid.ny; ++j) {
       WriteVertexRow(depth, width, grid.step, intrinsics, j, grid.nx, vertices, flatVertices,
                      refit ? zRows[j & 1] : nullptr);
-      if (refit && j > 0) slot.split.RefitRow(j - 1, zRows[(j - 1) & 1], zRows[j & 1], triangles);
+      if (j == 0) continue;
+      if (refit) slot.split.RefitRow(j - 1, zRows[(j - 1) & 1], zRows[j & 1], triangles);
+      writeFlatRow(j - 1);
     }
   } else {
     WriteVertices(depth, width, height, grid.step, intrinsics, vertices, flatVertices,
                   slot.record.vertexCount);
-    for (int32_t j = 0; refit && j + 1 < grid.ny; ++j) {
-      for (int32_t row = 0; row < 2; ++row) {
+    for (int32_t j = 0; hasCells && j + 1 < grid.ny; ++j) {
+      for (int32_t row = 0; refit && row < 2; ++row) {
         const float* z = vertices + 3 * (static_cast<int64_t>(j + row) * grid.nx) + 2;
         for (int32_t i = 0; i < grid.nx; ++i) zRows[row][i] = z[3 * i];
       }
-      slot.split.RefitRow(j, zRows[0], zRows[1], triangles);
+      if (refit) slot.split.RefitRow(j, zRows[0], zRows[1], triangles);
+      writeFlatRow(j);
     }
   }
-
-  if (hasCells && !reset) slot.split.ClearOther(triangles);
-  if (hasCells && flatTriangles != nullptr) slot.split.WriteTo(flatTriangles);
 }
 
 bool MeshBuilder::NextResetFlag() {

@@ -23,12 +23,17 @@ bool TakesOtherDiagonal(float dA, float dB);
 // b = j nx + i, the indices b, b+1, b+nx, b+1, b+nx+1, b+nx.
 void WriteDefaultSplit(int32_t nx, int32_t ny, int32_t* triangles);
 
+// The nx - 1 cells of cell row j into `out` (6 indices each): the default
+// split, except where the cell's byte in `other` is 1 (null: nowhere).
+void WriteSplitRow(int32_t j, int32_t nx, const uint8_t* other, int32_t* out);
+
 // The six indices `cell` of the cell whose top-left vertex is b: only the
 // third and fourth differ between the default split (b+nx, b+1) and the
-// other diagonal (b+nx+1, b).
-inline void SetCellDiagonal(int32_t* cell, int32_t b, int32_t nx, bool other) {
-  cell[2] = other ? b + nx + 1 : b + nx;
-  cell[3] = other ? b : b + 1;
+// other diagonal (b+nx+1, b). `other` is 0 or 1: arithmetic, not a branch,
+// since on noisy depths the split changes from cell to cell at random.
+inline void SetCellDiagonal(int32_t* cell, int32_t b, int32_t nx, int32_t other) {
+  cell[2] = b + nx + other;
+  cell[3] = b + 1 - other;
 }
 
 }  // namespace ZeltoMesh

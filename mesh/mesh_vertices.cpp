@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstring>
 
 #include "mesh/vector4.h"
 
@@ -46,15 +47,39 @@ struct VertexMath {
   }
 };
 
+using Short8 = int16_t __attribute__((vector_size(16)));
+using Short4 = int16_t __attribute__((vector_size(8)));
+
+// The depth of pixel u of a row. The host's point-cloud buffer carries no
+// alignment promise (a frame may start at any byte of a larger block), so
+// samples are copied out of it, never read through an int16_t pointer.
+int32_t DepthAt(const unsigned char* row, int64_t u) {
+  int16_t depth;
+  std::memcpy(&depth, row + 6 * u + 4, sizeof depth);
+  return depth;
+}
+
+// The depths of the four adjacent pixels u .. u + 3: their 24 bytes as two
+// overlapping 16-byte loads, z being the samples 2, 5, 8 and 11.
+Int4 FourAdjacentDepths(const unsigned char* row, int64_t u) {
+  Short8 low;
+  Short8 high;  // samples 4 .. 11
+  std::memcpy(&low, row + 6 * u, sizeof low);
+  std::memcpy(&high, row + 6 * u + 8, sizeof high);
+  const Short4 z = __builtin_shufflevector(low, high, 2, 5, 12, 15);
+  return __builtin_convertvector(z, Int4);
+}
+
 // One grid row: `count` samples u = 0, step, 2 step, ... (all below the
 // width, so int32) of the pixel row `row` (x, y, z int16 per pixel).
-void WriteRow(const int16_t* row, int32_t step, int64_t count, const VertexMath& math,
+void WriteRow(const unsigned char* row, int32_t step, int64_t count, const VertexMath& math,
               float* out, float* mirror, float* zRow) {
-  const auto depthAt = [row](int32_t u) -> int32_t { return row[3 * static_cast<int64_t>(u) + 2]; };
+  const auto depthAt = [row](int64_t u) { return DepthAt(row, u); };
   int64_t i = 0;
   for (; i + 4 <= count; i += 4) {
     const Int4 u = Broadcast(static_cast<int32_t>(i * step)) + Int4{0, 1, 2, 3} * step;
-    const Int4 d = {depthAt(u[0]), depthAt(u[1]), depthAt(u[2]), depthAt(u[3])};
+    const Int4 d = step == 1 ? FourAdjacentDepths(row, i)
+                             : Int4{depthAt(u[0]), depthAt(u[1]), depthAt(u[2]), depthAt(u[3])};
     math.Vector(u, d, out + 3 * i, mirror == nullptr ? nullptr : mirror + 3 * i,
                 zRow == nullptr ? nullptr : zRow + i);
   }
@@ -64,6 +89,11 @@ void WriteRow(const int16_t* row, int32_t step, int64_t count, const VertexMath&
     if (mirror != nullptr) math.Scalar(u, depthAt(u), mirror + 3 * i);
     if (zRow != nullptr) zRow[i] = out[3 * i + 2];
   }
+}
+
+// Pixel row v, as bytes: see DepthAt.
+const unsigned char* PixelRow(const int16_t* depth, int32_t width, int64_t v) {
+  return reinterpret_cast<const unsigned char*>(depth) + 6 * v * width;
 }
 
 }  // namespace
@@ -78,7 +108,7 @@ void WriteVertices(const int16_t* depth, int32_t width, int32_t height, int32_t 
       const VertexMath math{intrinsics.fx, intrinsics.fy, intrinsics.cx,
                             static_cast<float>(v) - intrinsics.cy};
       const int64_t count = std::min<int64_t>(samplesPerRow, vertexCount - written);
-      WriteRow(depth + v * width * 3, step, count, math, vertices + 3 * written,
+      WriteRow(PixelRow(depth, width, v), step, count, math, vertices + 3 * written,
                mirror == nullptr ? nullptr : mirror + 3 * written, nullptr);
       written += count;
     }
@@ -95,7 +125,7 @@ void WriteVertexRow(const int16_t* depth, int32_t width, int32_t step,
   const VertexMath math{intrinsics.fx, intrinsics.fy, intrinsics.cx,
                         static_cast<float>(v) - intrinsics.cy};
   const int64_t first = static_cast<int64_t>(j) * nx;
-  WriteRow(depth + v * width * 3, step, nx, math, out + 3 * first,
+  WriteRow(PixelRow(depth, width, v), step, nx, math, out + 3 * first,
            mirror == nullptr ? nullptr : mirror + 3 * first, zRow);
 }
 
