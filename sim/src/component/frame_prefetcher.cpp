@@ -10,8 +10,9 @@ FramePrefetcher::FramePrefetcher(const SimDevice* device, bool realtime)
     : device_(device),
       realtime_(realtime),
       limit_(device->FrameLimit()),
-      start_(Clock::now()),
-      thread_([this] { Run(); }) {}
+      start_(Clock::now()) {
+  for (size_t i = 0; i < kThreads; ++i) threads_.emplace_back([this] { Run(); });
+}
 
 FramePrefetcher::~FramePrefetcher() { Stop(); }
 
@@ -22,7 +23,9 @@ void FramePrefetcher::Stop() {
   }
   wake_.notify_all();
   decoded_.notify_all();
-  if (thread_.joinable()) thread_.join();
+  for (std::thread& thread : threads_) {
+    if (thread.joinable()) thread.join();
+  }
 }
 
 FramePrefetcher::Clock::time_point FramePrefetcher::DueTime(uint64_t index) const {
@@ -48,13 +51,19 @@ bool FramePrefetcher::SignalDueFrames(Clock::time_point* next_due) {
   return signal;
 }
 
+bool FramePrefetcher::Ended() const {
+  return nextToQueue_ == failedAt_ || (limit_ != 0 && nextToQueue_ >= limit_);
+}
+
 void FramePrefetcher::Run() {
   std::unique_lock<std::mutex> lock(mutex_);
   while (!stopping_) {
     Clock::time_point next_due = Clock::time_point::max();
     if (SignalDueFrames(&next_due)) weftcore::SignalFrameReady();
-    if (!finished_ && queue_.size() < kDepth) {
+    const bool more = failedAt_ == UINT64_MAX && (limit_ == 0 || nextToRead_ < limit_);
+    if (more && queue_.size() + early_.size() + reading_ < kDepth) {
       const uint64_t index = nextToRead_++;
+      ++reading_;
       std::vector<int16_t> points;
       if (!spares_.empty()) {
         points = std::move(spares_.back());
@@ -63,15 +72,22 @@ void FramePrefetcher::Run() {
       lock.unlock();
       weftcore::Status status = device_->ReadFrame(index, &points);
       lock.lock();
+      --reading_;
       if (status.ok()) {
-        queue_.push_back(Decoded{index, std::move(points)});
-      } else {
+        early_.emplace(index, std::move(points));
+      } else if (index < failedAt_) {
+        failedAt_ = index;
         failure_ = std::move(status);
       }
-      finished_ = failure_.IsError() || (limit_ != 0 && nextToRead_ >= limit_);
+      // Frames leave in order, and none from the first failed one on.
+      for (auto next = early_.begin(); next != early_.end() && next->first == nextToQueue_ &&
+                                       nextToQueue_ < failedAt_;
+           next = early_.erase(next)) {
+        queue_.push_back(Decoded{nextToQueue_++, std::move(next->second)});
+      }
       // The end of the input is news too: a waiting host asks again and
       // hears it now rather than at its deadline.
-      if (finished_ && queue_.empty()) weftcore::SignalFrameReady();
+      if (Ended() && queue_.empty()) weftcore::SignalFrameReady();
       decoded_.notify_all();
       continue;
     }
@@ -86,7 +102,7 @@ void FramePrefetcher::Run() {
 FramePrefetcher::Outcome FramePrefetcher::Next(std::vector<int16_t>* points, uint64_t* index,
                                                weftcore::Status* failure) {
   std::unique_lock<std::mutex> lock(mutex_);
-  decoded_.wait(lock, [this] { return stopping_ || finished_ || !queue_.empty(); });
+  decoded_.wait(lock, [this] { return stopping_ || Ended() || !queue_.empty(); });
   if (stopping_) return Outcome::kEnded;
   if (queue_.empty()) {
     if (failure_.ok() || failureTold_) return Outcome::kEnded;
@@ -101,7 +117,7 @@ FramePrefetcher::Outcome FramePrefetcher::Next(std::vector<int16_t>* points, uin
   if (spares_.size() < kDepth) spares_.push_back(std::move(head.points));
   queue_.pop_front();
   lock.unlock();
-  wake_.notify_one();
+  wake_.notify_all();
   return Outcome::kFrame;
 }
 

@@ -1,16 +1,19 @@
 // Decoding ahead of the requests: a depth stream's frames are read (PNG
-// decoding and point conversion, or the synthetic scene's rendering) on a
-// thread of the device's own into a short queue, so that a frame request
-// only takes a frame that is already there. The thread starts with the
-// prefetcher (at the stream's Start) and is joined by Stop or the
-// destructor; the queue holds at most kDepth frames, so memory stays bounded
-// however slowly the frames are taken.
+// decoding and point conversion, or the synthetic scene's rendering) by
+// threads of the device's own into a short queue, so that a frame request
+// only takes a frame that is already there. Two threads read alternate
+// frames, since one frame takes longer to decode than the mesh component
+// takes to mesh it; frames still come out in order. The threads start with
+// the prefetcher (at the stream's Start) and are joined by Stop or the
+// destructor; at most kDepth frames are queued or being read, so memory
+// stays bounded however slowly the frames are taken.
 #pragma once
 
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <mutex>
 #include <thread>
 #include <vector>
@@ -23,6 +26,7 @@ namespace ZeltoSim {
 class FramePrefetcher {
  public:
   static constexpr size_t kDepth = 4;
+  static constexpr size_t kThreads = 2;
 
   enum class Outcome {
     kFrame,   // the next frame, in order
@@ -44,7 +48,7 @@ class FramePrefetcher {
   // `failure` says why, naming the file.
   Outcome Next(std::vector<int16_t>* points, uint64_t* index, weftcore::Status* failure);
 
-  // Ends decoding and joins the thread; a Next waiting in another thread
+  // Ends decoding and joins the threads; a Next waiting in another thread
   // returns kEnded. Idempotent.
   void Stop();
 
@@ -60,6 +64,8 @@ class FramePrefetcher {
   // Signals the queued frames that have become due; the earliest one that
   // has not, if any, in `next_due`.
   bool SignalDueFrames(Clock::time_point* next_due);
+  // True when no frame will follow the queued ones.
+  bool Ended() const;
 
   const SimDevice* device_;  // outlives every stream, and so this
   const bool realtime_;
@@ -68,16 +74,19 @@ class FramePrefetcher {
 
   std::mutex mutex_;  // guards everything below
   std::condition_variable decoded_;  // the consumer waits for a frame or the end
-  std::condition_variable wake_;     // the thread waits for room, a due time or Stop
-  std::deque<Decoded> queue_;
+  std::condition_variable wake_;     // the threads wait for room, a due time or Stop
+  std::deque<Decoded> queue_;        // read, in order, not yet taken
+  std::map<uint64_t, std::vector<int16_t>> early_;  // read before an earlier frame
   std::vector<std::vector<int16_t>> spares_;  // buffers handed back by the consumer
+  size_t reading_ = 0;      // frames being read now
   uint64_t nextToRead_ = 0;
+  uint64_t nextToQueue_ = 0;
   uint64_t signalled_ = 0;  // frames below this index have been signalled
-  bool finished_ = false;   // nothing more will be read
+  uint64_t failedAt_ = UINT64_MAX;  // the first frame that could not be read
   weftcore::Status failure_;
   bool failureTold_ = false;
   bool stopping_ = false;
-  std::thread thread_;  // last: starts once the members above exist
+  std::vector<std::thread> threads_;  // last: they start once the members above exist
 };
 
 }  // namespace ZeltoSim
