@@ -102,7 +102,8 @@ TEST(HostStream, WaitsForAPacedFrameUntilTheDeviceSignalsIt) {
 // A frame whose file turns out unreadable ends the delivery there, once
 // said: the frames after it are not handed out under its number.
 TEST(HostStream, UnreadableFrameStopsTheDeviceWithOneLineNamingTheFile) {
-  const auto dir = std::filesystem::temp_directory_path() / ("host" + std::to_string(getpid()));
+  const auto dir = std::filesystem::temp_directory_path() / ("torn" + std::to_string(getpid()));
+  std::filesystem::remove_all(dir);  // left by a crashed run of an earlier process
   std::filesystem::copy(std::string(ZELTO_EXAMPLES_DIR) + "/redwood", dir,
                         std::filesystem::copy_options::recursive);
   std::filesystem::resize_file(dir / "depth/00001.png", 100);  // the header still reads
