@@ -11,7 +11,12 @@ FramePrefetcher::FramePrefetcher(const SimDevice* device, bool realtime)
       realtime_(realtime),
       limit_(device->FrameLimit()),
       start_(Clock::now()) {
-  for (size_t i = 0; i < kThreads; ++i) threads_.emplace_back([this] { Run(); });
+  try {
+    for (size_t i = 0; i < kThreads; ++i) threads_.emplace_back([this] { Run(); });
+  } catch (...) {
+    Stop();  // the threads already running, else their destructors would terminate
+    throw;
+  }
 }
 
 FramePrefetcher::~FramePrefetcher() { Stop(); }

@@ -37,7 +37,7 @@ class FramePrefetcher {
 
   // Starts decoding frame 0 of `device`'s input at once. `realtime` holds
   // each frame back until its timestamp, counted from frame 0, has passed
-  // since now.
+  // since now. Throws std::system_error when a thread cannot be started.
   FramePrefetcher(const SimDevice* device, bool realtime);
   ~FramePrefetcher();  // Stop
   FramePrefetcher(const FramePrefetcher&) = delete;

@@ -1,5 +1,7 @@
 #include "component/tof_source.h"
 
+#include <exception>
+
 #include "component/device_log.h"
 #include "component/fault_injection.h"
 #include "component/frame_channels.h"
@@ -36,7 +38,12 @@ weftcore::Status TofSource::Start() {
   weftcore::Status status = RefusedCall(device_->options().faults.failStart, type_, "start");
   if (status.IsError()) return status;
   EndDecoding();  // a second Start rewinds
-  auto decoder = std::make_shared<FramePrefetcher>(device_, device_->options().realtime);
+  std::shared_ptr<FramePrefetcher> decoder;
+  try {
+    decoder = std::make_shared<FramePrefetcher>(device_, device_->options().realtime);
+  } catch (const std::exception& e) {  // out of threads or memory: the stream stays stopped
+    return SimError(weftcore::kCauseOutOfMemory, type_ + ": cannot start decoding: " + e.what());
+  }
   std::lock_guard<std::mutex> lock(decoderMutex_);
   decoder_ = std::move(decoder);
   return weftcore::Status();

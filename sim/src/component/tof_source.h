@@ -31,8 +31,8 @@ class TofSource final : public weftcore::StreamSource {
                                 const std::vector<uint32_t>* referenced_channel_ids) override;
   weftcore::Status Open(weftcore::Core* core, weftcore::StreamSourceUtility* util) override;
   weftcore::Status Close() override;
-  // Start rewinds to the first frame and starts decoding ahead; Stop and
-  // Close end the decoding.
+  // Start rewinds to the first frame and starts decoding ahead (cause 6 when
+  // the decoding threads cannot be started); Stop and Close end the decoding.
   weftcore::Status Start() override;
   weftcore::Status Stop() override;
 
