@@ -44,13 +44,23 @@ TEST(Recording, DepthToPointRoundsAndClamps) {
       {12345, 0, 0, 1, 1, 0, 0, 5000, 0, 0, 2469},      {3277, 0, 0, 1, 1, 0, 0, 100, 0, 0, 32767},
       {65535, 0, 0, 1, 1, 0, 0, 1000, 0, 0, 32767},
       {32767, 1000, 0, 100, 100, 0, 1000, 1000, 32767, -32768, 32767},
+      {30000, 3, 2, 0.5, 0.5, 1.5, 0, 1000, 32767, 32767, 30000},
   };
   for (const std::vector<double>& c : cases) {
     SCOPED_TRACE(testing::PrintToString(c));
-    const Point16 p = DepthToPoint(uint32_t(c[0]), int32_t(c[1]), int32_t(c[2]),
-                                   {4, 3, c[3], c[4], c[5], c[6], c[7]});
+    const Intrinsics intrinsics{4, 3, c[3], c[4], c[5], c[6], c[7]};
+    const Point16 p = DepthToPoint(uint32_t(c[0]), int32_t(c[1]), int32_t(c[2]), intrinsics);
     EXPECT_EQ(std::vector<double>({double(p.x), double(p.y), double(p.z)}),
               std::vector<double>(c.begin() + 8, c.end()));
+    // A whole image, converted the fast way, gives every pixel the rule's point.
+    const std::vector<uint16_t> image(12, uint16_t(c[0]));
+    std::vector<int16_t> points(36);
+    DepthImageToPointCloud(image.data(), intrinsics, points.data());
+    for (int i = 0; i < 12; ++i) {
+      const Point16 q = DepthToPoint(image[i], i % 4, i / 4, intrinsics);
+      EXPECT_EQ(std::vector<int16_t>(&points[3 * i], &points[3 * i + 3]),
+                std::vector<int16_t>({q.x, q.y, q.z})) << "pixel " << i;
+    }
   }
 }
 

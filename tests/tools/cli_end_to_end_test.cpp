@@ -30,9 +30,10 @@ TEST(ZeltoMesh, MakeRunCommandWritesMeshesPreviewStatsAndSummary) {
       "out", "--preview", "out/preview.png", "--stats", "out/stats.jsonl"}, work);
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_EQ(result.err, "");  // stderr is no terminal: no progress bar
-  EXPECT_EQ(std::regex_replace(result.out, std::regex("time +[0-9]+\\.[0-9] ms"), "time T ms"),
+  EXPECT_EQ(std::regex_replace(result.out, std::regex("[0-9]+\\.[0-9] (ms|frames)"), "N $1"),
             "8 frames from the synthetic scene, reference layout\n  vertices per frame   307200\n"
-            "  triangles per frame  612162\n  median time T ms per frame\n"
+            "  triangles per frame  612162\n  median time          N ms per frame\n"
+            "  frame rate           N frames per second\n"
             "  meshes               out/frame_000000.ply ... out/frame_000007.ply\n"
             "  preview              out/preview.png\n  statistics           out/stats.jsonl\n");
   std::string stats;  // a fresh source re-fits every 4th frame; 30 frames per second

@@ -1,6 +1,6 @@
 // Several client threads on one host stream, under ThreadSanitizer: the
-// function lock lets one call of a kind in at a time, and frames and
-// properties from many threads settle with all frame memory returned.
+// function lock lets one call of a kind in at a time, and frames, properties
+// and restarts from many threads settle with all frame memory returned.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -36,6 +36,9 @@ TEST(HostStream, FramesAndPropertiesFromSeveralThreadsSettle) {
   weftcore::host::HostCore core(configuration, {ZELTO_LIBRARY_DIR});
   weftcore::Stream* camera = nullptr;
   ASSERT_TRUE(core.OpenStream("camera", &camera).ok() && camera->Start().ok());
+  std::thread restarts([camera] {  // each Start a new decoding thread, each Stop joins it
+    for (int i = 0; i < 3; ++i) EXPECT_TRUE(camera->Stop().ok() && camera->Start().ok());
+  });
   InThreads(3, [camera] {
     for (int i = 0; i < 6; ++i) {
       weftcore::Frame* frame = nullptr;
@@ -46,6 +49,7 @@ TEST(HostStream, FramesAndPropertiesFromSeveralThreadsSettle) {
       ASSERT_TRUE(camera->GetProperty(ZeltoTof::kZeltoTofProcessTargetsKey, &targets).ok());
     }
   });
+  restarts.join();
   EXPECT_EQ(core.allocator().LiveCount(), 0);
   EXPECT_TRUE(core.CloseStream(camera).ok());
 }

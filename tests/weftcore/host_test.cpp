@@ -2,8 +2,13 @@
 // a library, opening streams that fail, frames and their memory, property
 // routing, and the checks that keep a faulty source from corrupting memory.
 #include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
 
 #include "properties/zelto_tof_properties.h"
+#include "support/log_capture.h"
 #include "weftcore/host/host_core.h"
 #include "weftcore/host/host_stream.h"
 
@@ -72,6 +77,49 @@ TEST(HostStream, HandsOutFramesAndRepliesOnceAndTakesAllMemoryBack) {
   EXPECT_EQ(camera->GetProperty("nope", &rate).message(), "property nope is not registered");
   ASSERT_TRUE(core.CloseStream(camera).ok());  // with two frames still out
   EXPECT_EQ(core.allocator().LiveCount(), 0);
+}
+
+// Frames paced at 30 per second: the host sleeps until the device signals
+// each one, neither running into its 5 s timeout nor handing one out early.
+TEST(HostStream, WaitsForAPacedFrameUntilTheDeviceSignalsIt) {
+  HostConfiguration configuration = Configuration();
+  configuration.components["sim"].args.values["realtime"] = "true";
+  HostCore core(configuration, {kLibraries});
+  weftcore::Stream* camera = nullptr;
+  ASSERT_TRUE(core.OpenStream("camera", &camera).ok());
+  const auto start = std::chrono::steady_clock::now();
+  ASSERT_TRUE(camera->Start().ok());
+  for (int i = 0; i < 3; ++i) {
+    weftcore::Frame* frame = nullptr;
+    ASSERT_TRUE(camera->GetFrame(&frame, 5000).ok() && frame != nullptr);
+    ASSERT_TRUE(camera->ReleaseFrame(frame).ok());
+  }
+  const auto elapsed = std::chrono::steady_clock::now() - start;
+  EXPECT_GE(elapsed, std::chrono::microseconds(66667));  // frame 2's timestamp
+  EXPECT_LT(elapsed, std::chrono::seconds(5));
+}
+
+// A frame whose file turns out unreadable ends the delivery there, once
+// said: the frames after it are not handed out under its number.
+TEST(HostStream, UnreadableFrameStopsTheDeviceWithOneLineNamingTheFile) {
+  const auto dir = std::filesystem::temp_directory_path() / ("torn" + std::to_string(getpid()));
+  std::filesystem::remove_all(dir);  // left by a crashed run of an earlier process
+  std::filesystem::copy(std::string(ZELTO_EXAMPLES_DIR) + "/redwood", dir,
+                        std::filesystem::copy_options::recursive);
+  std::filesystem::resize_file(dir / "depth/00001.png", 100);  // the header still reads
+  HostConfiguration configuration = Configuration();
+  configuration.components["sim"].args.values = {{"input", dir.string()}};
+  HostCore core(configuration, {kLibraries});
+  zelto_test::LogCapture log;
+  weftcore::Stream* camera = nullptr;
+  weftcore::Frame* frames[3] = {};
+  ASSERT_TRUE(core.OpenStream("camera", &camera).ok() && camera->Start().ok());
+  for (int i = 0; i < 3; ++i) ASSERT_TRUE(camera->GetFrame(&frames[i], i == 0 ? 5000 : 100).ok());
+  EXPECT_TRUE(frames[0] != nullptr && frames[1] == nullptr && frames[2] == nullptr);
+  EXPECT_EQ(log.records(), std::vector<zelto_test::LogRecord>({{16, "ZeltoSim",
+      "tof_camera: frame delivery stopped: " + (dir / "depth/00001.png").string() +
+      ": not a readable PNG (end of stream)"}}));
+  std::filesystem::remove_all(dir);
 }
 
 TEST(HeapAllocator, RefusesABlockItDidNotAllocateAndAFrameRunningPastIt) {

@@ -227,8 +227,11 @@ int RunCommand(const RunOptions& options) {
   summary.preview = options.preview;
   summary.stats = options.stats;
   Mesh last_mesh;
+  const auto loop_begin = std::chrono::steady_clock::now();
   const int taken = TakeFrames(session.stream(), options, host_options.player, frame_goal,
                                &stats_file, &summary, &last_mesh);
+  summary.loopSeconds =
+      std::chrono::duration<double>(std::chrono::steady_clock::now() - loop_begin).count();
   if (taken != kExitOk) return taken;
   status = session.Stop();
   if (status.IsError()) return Fail(ErrorLine("stop mesh", status), kExitFailure);

@@ -24,6 +24,12 @@ std::string Row(const char* label, const std::string& value) {
   return head + value + "\n";
 }
 
+// Frames delivered and written per second of the loop; 0 without time.
+double FramesPerSecond(const SummaryInput& input) {
+  if (!(input.loopSeconds > 0)) return 0;
+  return static_cast<double>(input.frames.size()) / input.loopSeconds;
+}
+
 }  // namespace
 
 double MedianBuildMs(const std::vector<FrameRecord>& frames) {
@@ -52,6 +58,9 @@ std::string SummaryText(const SummaryInput& input) {
     char median[48];
     std::snprintf(median, sizeof median, "%.1f ms per frame", MedianBuildMs(frames));
     text += Row("median time", median);
+    char rate[48];
+    std::snprintf(rate, sizeof rate, "%.1f frames per second", FramesPerSecond(input));
+    text += Row("frame rate", rate);
   }
   if (input.output.format != OutputFormat::kNone && !frames.empty()) {
     const std::string first =

@@ -1,5 +1,8 @@
 #include "component/tof_source.h"
 
+#include <exception>
+
+#include "component/device_log.h"
 #include "component/fault_injection.h"
 #include "component/frame_channels.h"
 #include "component/source_errors.h"
@@ -27,37 +30,41 @@ weftcore::Status TofSource::Open(weftcore::Core* /*core*/, weftcore::StreamSourc
 }
 
 weftcore::Status TofSource::Close() {
-  started_ = false;
+  EndDecoding();
   return RefusedCall(device_->options().faults.failClose, type_, "close");
 }
 
 weftcore::Status TofSource::Start() {
   weftcore::Status status = RefusedCall(device_->options().faults.failStart, type_, "start");
   if (status.IsError()) return status;
-  started_ = true;
-  nextIndex_ = 0;
-  startTime_ = std::chrono::steady_clock::now();
+  EndDecoding();  // a second Start rewinds
+  std::shared_ptr<FramePrefetcher> decoder;
+  try {
+    decoder = std::make_shared<FramePrefetcher>(device_, device_->options().realtime);
+  } catch (const std::exception& e) {  // out of threads or memory: the stream stays stopped
+    return SimError(weftcore::kCauseOutOfMemory, type_ + ": cannot start decoding: " + e.what());
+  }
+  std::lock_guard<std::mutex> lock(decoderMutex_);
+  decoder_ = std::move(decoder);
   return weftcore::Status();
 }
 
 weftcore::Status TofSource::Stop() {
-  started_ = false;
+  EndDecoding();
   return RefusedCall(device_->options().faults.failStop, type_, "stop");
 }
 
-bool TofSource::FrameIsDue(uint64_t index) const {
-  if (!device_->options().realtime) return true;
-  const uint64_t first = device_->FrameTimestamp(0);
-  const uint64_t stamp = device_->FrameTimestamp(index);
-  const uint64_t offset = stamp > first ? stamp - first : 0;
-  const auto elapsed = std::chrono::steady_clock::now() - startTime_;
-  return static_cast<uint64_t>(
-             std::chrono::duration_cast<std::chrono::nanoseconds>(elapsed).count()) >= offset;
+void TofSource::EndDecoding() {
+  std::shared_ptr<FramePrefetcher> decoder;
+  {
+    std::lock_guard<std::mutex> lock(decoderMutex_);
+    decoder.swap(decoder_);
+  }
+  if (decoder != nullptr) decoder->Stop();
 }
 
 weftcore::Status TofSource::BuildFrame(uint64_t index, weftcore::FrameInfo* frame) {
-  weftcore::Status status = device_->ReadFrame(index, &points_);
-  if (status.IsError()) return status;
+  weftcore::Status status;
   const ZeltoTof::ZeltoTofProcessTargetsProperty_ targets = device_->ProcessTargets();
   const uint64_t timestamp = device_->FrameTimestamp(index);
   const size_t pixels = points_.size() / 3;
@@ -92,14 +99,27 @@ weftcore::Status TofSource::BuildFrame(uint64_t index, weftcore::FrameInfo* fram
 }
 
 void TofSource::GetFrames(std::vector<weftcore::FrameInfo>* frames) {
-  if (!started_ || allocator_ == nullptr) return;
-  const uint64_t limit = device_->FrameLimit();
-  if (limit != 0 && nextIndex_ >= limit) return;  // the input has ended
-  if (!FrameIsDue(nextIndex_)) return;
-  const uint64_t index = nextIndex_++;
+  std::shared_ptr<FramePrefetcher> decoder;
+  {
+    std::lock_guard<std::mutex> lock(decoderMutex_);
+    decoder = decoder_;
+  }
+  if (decoder == nullptr || allocator_ == nullptr) return;
+  uint64_t index = 0;
+  weftcore::Status failure;
+  switch (decoder->Next(&points_, &index, &failure)) {
+    case FramePrefetcher::Outcome::kFrame: break;
+    case FramePrefetcher::Outcome::kFailed:
+      // Delivery stops here rather than skipping the frame: a consumer
+      // counting frames would otherwise misnumber every later one.
+      LogDeviceError(type_ + ": frame delivery stopped: " + failure.message());
+      return;
+    case FramePrefetcher::Outcome::kNotDue:
+    case FramePrefetcher::Outcome::kEnded: return;
+  }
   weftcore::FrameInfo frame;
   if (BuildFrame(index, &frame).IsError()) {
-    FreeChannels(allocator_, frame);  // an unreadable frame is skipped
+    FreeChannels(allocator_, frame);  // out of frame memory: this frame is lost
     return;
   }
   device_->NoteDelivered(index);

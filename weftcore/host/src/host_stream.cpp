@@ -4,8 +4,9 @@
 #include "weftcore/host/host_stream.h"
 
 #include <chrono>
-#include <thread>
 #include <utility>
+
+#include "weftcore/frame_signal.h"
 
 namespace weftcore {
 namespace host {
@@ -80,6 +81,9 @@ Status HostStream::GetFrame(Frame** frame, int32_t timeout_msec) {
   const auto deadline =
       std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_msec);
   for (;;) {
+    // Read before asking, so that a frame signalled while the source answers
+    // "nothing yet" still ends the wait below.
+    const uint64_t signals = FrameSignalCount();
     if (take_queued()) return Status();
     std::vector<FrameInfo> delivered;
     source_->GetFrames(&delivered);
@@ -89,9 +93,9 @@ Status HostStream::GetFrame(Frame** frame, int32_t timeout_msec) {
     }
     if (take_queued()) return Status();
     if (timeout_msec == 0 || std::chrono::steady_clock::now() >= deadline) return Status();
-    // A real sleep, not osal::OSSleep: a hooked OSSleep is there to see the
-    // source's own pacing, and the host's polling must not show up in it.
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    // Sleeps until a device signals a frame or the time is up; not
+    // osal::OSSleep, whose hook is there to see the source's own pacing.
+    WaitForFrameSignal(signals, deadline);
   }
 }
 

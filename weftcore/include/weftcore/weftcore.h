@@ -4,6 +4,7 @@
 #include "weftcore/core.h"
 #include "weftcore/frame.h"
 #include "weftcore/frame_info.h"
+#include "weftcore/frame_signal.h"
 #include "weftcore/framework_properties.h"
 #include "weftcore/memory_allocator.h"
 #include "weftcore/osal.h"

@@ -64,7 +64,8 @@ class HostStream final : public Stream {
   Status Start() override;
   Status Stop() override;
   // Pulls frames with the source's GetFrames: 0 asks once; a positive
-  // timeout keeps asking (1 ms apart) until a frame comes or time runs out.
+  // timeout asks again after each frame signal (weftcore/frame_signal.h)
+  // until a frame comes or time runs out, sleeping in between.
   // Frames delivered by an earlier request are handed out first, without
   // asking. OK with a null frame when none is ready; negative: cause 2.
   Status GetFrame(Frame** frame, int32_t timeout_msec) override;
