@@ -4,17 +4,18 @@
 // first point is touched, so a bad mask list leaves the frame as it came.
 #include "masking/masked_point_cloud.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <new>
 #include <stdexcept>
-#include <utility>
 #include <vector>
 
 #include "logging/zelto_logger.h"
+#include "masking/lanes.h"
 #include "masking/mask_fit.h"
-#include "masking/zelto_vector3.h"
+#include "masking/point_mapping.h"
 #include "mesh/invalid_depth.h"
 
 // Every module of the component holds its own logger (see zelto_logger.h).
@@ -33,7 +34,7 @@ struct MaskPlan {
   uint64_t size;
   uint32_t width;
   bool isColorSource;
-  bool isInvertMask;
+  Zelto::IntLanes invertLanes;  // -1 in every lane for an inverted mask
   Zelto::MaskFit fit;
 };
 
@@ -71,22 +72,94 @@ weftcore::Status InvalidMaskStatus(const ZeltoSegmentation::ZeltoSegmentationMas
       .SetBlock(kBlock);
 }
 
-// The mask byte that (u, v) falls on, or null when it falls off the mask.
+// The mask bytes at (col, row) lane by lane: their indices, and -1 in the
+// lanes whose byte lies on the mask.
 // The height only sets the scale: the byte count is what bounds a read, so a
 // row past the height whose byte still lies in the mask's memory is read.
 // The index is computed in 32 bits and wraps around; the wrapped index is
 // still checked against the byte count, so even a mask of more than 4 GiB
 // is never read outside its memory.
-const uint8_t* MaskByte(const MaskPlan& plan, std::pair<float, float> position) {
-  const int32_t col = Zelto::TruncateToInt32(position.first * plan.fit.scale - plan.fit.offsetX);
-  const int32_t row = Zelto::TruncateToInt32(position.second * plan.fit.scale - plan.fit.offsetY);
-  const uint32_t wrapped = static_cast<uint32_t>(col) + plan.width * static_cast<uint32_t>(row);
-  const int32_t index = static_cast<int32_t>(wrapped);
-  if (index < 0 || static_cast<uint64_t>(index) >= plan.size || col < 0 || row < 0 ||
-      static_cast<uint32_t>(col) >= plan.width) {
-    return nullptr;
+struct MaskBytes {
+  Zelto::IntLanes index;
+  Zelto::IntLanes onMask;
+};
+
+MaskBytes LocateMaskBytes(const MaskPlan& plan, Zelto::IntLanes col, Zelto::IntLanes row) {
+  const Zelto::UintLanes index = Zelto::UintLanes(col) + plan.width * Zelto::UintLanes(row);
+  // A negative index, as unsigned, is never below 2^31.
+  const uint32_t indexLimit = static_cast<uint32_t>(std::min<uint64_t>(plan.size, uint64_t{1} << 31));
+  const Zelto::IntLanes onMask = (index < indexLimit) & (col >= 0) & (row >= 0) &
+                                 (Zelto::UintLanes(col) < plan.width);
+  return {Zelto::IntLanes(index), onMask};
+}
+
+// Up to four points, copied out of the cloud: the upstream buffer carries no
+// alignment guarantee. Lanes past `count` hold the point (0, 0, 0).
+struct PointLanes {
+  Zelto::FloatLanes x, y, z;
+};
+
+constexpr size_t kBlockBytes = Zelto::kLaneCount * kPointBytes;
+
+PointLanes LoadPoints(const unsigned char* first, size_t count) {
+  int16_t xyz[3 * Zelto::kLaneCount] = {};
+  // A full block is a fixed-size copy, which compiles to plain loads.
+  if (count == Zelto::kLaneCount) {
+    std::memcpy(xyz, first, kBlockBytes);
+  } else {
+    std::memcpy(xyz, first, count * kPointBytes);
   }
-  return plan.bytes + index;
+  const auto lanes = [&xyz](size_t axis) {
+    return Zelto::ToFloat(Zelto::IntLanes{xyz[axis], xyz[axis + 3], xyz[axis + 6], xyz[axis + 9]});
+  };
+  return {lanes(0), lanes(1), lanes(2)};
+}
+
+// A run of points, mapped once and then taken mask by mask: each mask is a
+// short loop whose blocks do not wait for one another, so the processor
+// overlaps the divisions and byte reads of many points.
+constexpr size_t kBatchBlocks = 16;
+constexpr size_t kBatchPoints = kBatchBlocks * Zelto::kLaneCount;
+
+struct PointBatch {
+  size_t points = 0;
+  size_t blocks = 0;
+  Zelto::Pixels<Zelto::FloatLanes> color[kBatchBlocks] = {};
+  Zelto::Pixels<Zelto::FloatLanes> depth[kBatchBlocks] = {};
+  Zelto::IntLanes selected[kBatchBlocks] = {};  // -1 in the lanes a mask has selected
+};
+
+// Selects the points of `batch` whose byte of `plan` says so.
+void Consult(const MaskPlan& plan, uint8_t threshold, PointBatch* batch) {
+  const Zelto::Pixels<Zelto::FloatLanes>* at = plan.isColorSource ? batch->color : batch->depth;
+  for (size_t b = 0; b < batch->blocks; ++b) {
+    const Zelto::IntLanes col = Zelto::TruncateToInt32(at[b].u * plan.fit.scale - plan.fit.offsetX);
+    const Zelto::IntLanes row = Zelto::TruncateToInt32(at[b].v * plan.fit.scale - plan.fit.offsetY);
+    const MaskBytes located = LocateMaskBytes(plan, col, row);
+    // Masks combine by OR: a point one mask has selected takes no verdict
+    // from the later ones. Every lane reads a byte, without a branch that
+    // noisy depth would mispredict; a lane that may not consult this mask
+    // reads byte 0, which every valid mask has, and ignores it.
+    const Zelto::IntLanes consults = located.onMask & ~batch->selected[b];
+    const Zelto::IntLanes index = located.index & consults;
+    const Zelto::IntLanes byte = {plan.bytes[index[0]], plan.bytes[index[1]], plan.bytes[index[2]],
+                                  plan.bytes[index[3]]};
+    const Zelto::IntLanes inside = byte > static_cast<int32_t>(threshold);
+    batch->selected[b] |= (inside ^ plan.invertLanes) & consults;
+  }
+}
+
+// Gives the selected points of `batch`, which starts at `first`, the
+// invalid depth the mesh builder leaves out.
+void BlankSelected(const PointBatch& batch, unsigned char* first) {
+  for (size_t point = 0; point < batch.points; point += Zelto::kLaneCount) {
+    const unsigned selected = Zelto::LaneBits(batch.selected[point / Zelto::kLaneCount]);
+    for (size_t lane = 0; selected >> lane != 0 && point + lane < batch.points; ++lane) {
+      if ((selected >> lane & 1u) == 0) continue;
+      constexpr int16_t invalid = ZeltoMesh::kInvalidDepth;
+      std::memcpy(first + (point + lane) * kPointBytes + kDepthOffset, &invalid, sizeof invalid);
+    }
+  }
 }
 
 }  // namespace
@@ -137,7 +210,8 @@ weftcore::Status MaskedPointCloud::Apply(
     const float refWidth = mask.isColorSource ? colorWidth : depthWidth;
     const float refHeight = mask.isColorSource ? colorHeight : depthHeight;
     plans.push_back({reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(mask.maskDataAddress)),
-                     mask.maskDataSize, mask.maskDataWidth, mask.isColorSource, mask.isInvertMask,
+                     mask.maskDataSize, mask.maskDataWidth, mask.isColorSource,
+                     Zelto::Splat<Zelto::IntLanes>(mask.isInvertMask ? -1 : 0),
                      Zelto::FitMaskToReference(mask.maskDataWidth, mask.maskDataHeight, refWidth,
                                                refHeight)});
     anyColor = anyColor || mask.isColorSource;
@@ -151,25 +225,21 @@ weftcore::Status MaskedPointCloud::Apply(
   if (count < 1 || plans.empty()) return weftcore::Status();
   auto* points = static_cast<unsigned char*>(raw->address);
   if (points == nullptr) return NullStatus("point cloud is null.");
-  for (int32_t i = 0; i < count; ++i) {
-    unsigned char* point = points + static_cast<size_t>(i) * kPointBytes;
-    // memcpy: the upstream buffer carries no alignment guarantee.
-    int16_t xyz[3];
-    std::memcpy(xyz, point, sizeof xyz);
-    const Zelto::ZeltoVector3_ p{static_cast<float>(xyz[0]), static_cast<float>(xyz[1]),
-                                 static_cast<float>(xyz[2])};
-    const std::pair<float, float> color = anyColor ? CameraToColor(p) : std::pair<float, float>{};
-    const std::pair<float, float> depth = anyDepth ? CameraToDepth(p) : std::pair<float, float>{};
-    for (const MaskPlan& plan : plans) {
-      const uint8_t* byte = MaskByte(plan, plan.isColorSource ? color : depth);
-      if (byte == nullptr) continue;
-      const bool inside = *byte > maskThreshold;
-      if (inside != plan.isInvertMask) {
-        constexpr int16_t invalid = ZeltoMesh::kInvalidDepth;
-        std::memcpy(point + kDepthOffset, &invalid, sizeof invalid);
-        break;  // masks combine by OR: later masks are not consulted
-      }
+  const size_t pointCount = static_cast<size_t>(count);
+  PointBatch batch;
+  for (size_t first = 0; first < pointCount; first += kBatchPoints) {
+    unsigned char* batchPoints = points + first * kPointBytes;
+    batch.points = std::min(kBatchPoints, pointCount - first);
+    batch.blocks = (batch.points + Zelto::kLaneCount - 1) / Zelto::kLaneCount;
+    for (size_t b = 0; b < batch.blocks; ++b) {
+      const size_t lanes = std::min<size_t>(Zelto::kLaneCount, batch.points - b * Zelto::kLaneCount);
+      const PointLanes p = LoadPoints(batchPoints + b * kBlockBytes, lanes);
+      if (anyColor) batch.color[b] = Zelto::MapToColor(calibration, inverseRotation, p.x, p.y, p.z);
+      if (anyDepth) batch.depth[b] = Zelto::MapToDepth(calibration, p.x, p.y, p.z);
+      batch.selected[b] = Zelto::IntLanes{};
     }
+    for (const MaskPlan& plan : plans) Consult(plan, maskThreshold, &batch);
+    BlankSelected(batch, batchPoints);
   }
   return weftcore::Status();
 }

@@ -11,6 +11,7 @@
 #include <random>
 
 #include "masking/mask_fit.h"
+#include "masking/truncate_to_int32.h"
 #include "masking_fixtures.h"
 #include "mesh/mesh_harness.h"
 #include "support/log_capture.h"
