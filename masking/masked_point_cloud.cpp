@@ -72,47 +72,40 @@ weftcore::Status InvalidMaskStatus(const ZeltoSegmentation::ZeltoSegmentationMas
       .SetBlock(kBlock);
 }
 
-// The mask bytes at (col, row) lane by lane: their indices, and -1 in the
-// lanes whose byte lies on the mask.
-// The height only sets the scale: the byte count is what bounds a read, so a
-// row past the height whose byte still lies in the mask's memory is read.
-// The index is computed in 32 bits and wraps around; the wrapped index is
-// still checked against the byte count, so even a mask of more than 4 GiB
-// is never read outside its memory.
-struct MaskBytes {
-  Zelto::IntLanes index;
-  Zelto::IntLanes onMask;
-};
-
-MaskBytes LocateMaskBytes(const MaskPlan& plan, Zelto::IntLanes col, Zelto::IntLanes row) {
-  const Zelto::UintLanes index = Zelto::UintLanes(col) + plan.width * Zelto::UintLanes(row);
-  // A negative index, as unsigned, is never below 2^31.
-  const uint32_t indexLimit = static_cast<uint32_t>(std::min<uint64_t>(plan.size, uint64_t{1} << 31));
-  const Zelto::IntLanes onMask = (index < indexLimit) & (col >= 0) & (row >= 0) &
-                                 (Zelto::UintLanes(col) < plan.width);
-  return {Zelto::IntLanes(index), onMask};
-}
-
-// Up to four points, copied out of the cloud: the upstream buffer carries no
-// alignment guarantee. Lanes past `count` hold the point (0, 0, 0).
+// Four points of the cloud as lanes.
 struct PointLanes {
   Zelto::FloatLanes x, y, z;
 };
 
 constexpr size_t kBlockBytes = Zelto::kLaneCount * kPointBytes;
 
-PointLanes LoadPoints(const unsigned char* first, size_t count) {
-  int16_t xyz[3 * Zelto::kLaneCount] = {};
-  // A full block is a fixed-size copy, which compiles to plain loads.
-  if (count == Zelto::kLaneCount) {
-    std::memcpy(xyz, first, kBlockBytes);
-  } else {
-    std::memcpy(xyz, first, count * kPointBytes);
+// The 32 bits at `offset` of each of the four points, copied out: the
+// upstream buffer carries no alignment guarantee.
+Zelto::IntLanes LoadWords(const unsigned char* block, size_t offset) {
+  int32_t words[Zelto::kLaneCount];
+  for (size_t lane = 0; lane < Zelto::kLaneCount; ++lane) {
+    std::memcpy(&words[lane], block + lane * kPointBytes + offset, sizeof words[lane]);
   }
-  const auto lanes = [&xyz](size_t axis) {
-    return Zelto::ToFloat(Zelto::IntLanes{xyz[axis], xyz[axis + 3], xyz[axis + 6], xyz[axis + 9]});
+  return Zelto::IntLanes{words[0], words[1], words[2], words[3]};
+}
+
+// The block of four points at `block`, of which `count` are in the cloud;
+// lanes past them hold the point (0, 0, 0). Each point is read as two
+// overlapping 32-bit words, (x, y) and (y, z), and the 16-bit halves are
+// sign-extended by shifts, in the byte order of the device and of x86-64.
+PointLanes LoadPoints(const unsigned char* block, size_t count) {
+  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "x precedes y in a word's low half");
+  unsigned char copy[kBlockBytes] = {};
+  if (count < Zelto::kLaneCount) {
+    std::memcpy(copy, block, count * kPointBytes);
+    block = copy;
+  }
+  const Zelto::IntLanes xy = LoadWords(block, 0);
+  const Zelto::IntLanes yz = LoadWords(block, 2);
+  const auto low = [](Zelto::IntLanes word) {
+    return Zelto::IntLanes(Zelto::UintLanes(word) << 16) >> 16;
   };
-  return {lanes(0), lanes(1), lanes(2)};
+  return {Zelto::ToFloat(low(xy)), Zelto::ToFloat(low(yz)), Zelto::ToFloat(yz >> 16)};
 }
 
 // A run of points, mapped once and then taken mask by mask: each mask is a
@@ -130,22 +123,35 @@ struct PointBatch {
 };
 
 // Selects the points of `batch` whose byte of `plan` says so.
+// The height only sets the scale: the byte count is what bounds a read, so a
+// row past the height whose byte still lies in the mask's memory is read.
+// The index is computed in 32 bits and wraps around; the wrapped index is
+// still checked against the byte count, so even a mask of more than 4 GiB
+// is never read outside its memory.
 void Consult(const MaskPlan& plan, uint8_t threshold, PointBatch* batch) {
   const Zelto::Pixels<Zelto::FloatLanes>* at = plan.isColorSource ? batch->color : batch->depth;
+  const uint8_t* bytes = plan.bytes;
+  const float scale = plan.fit.scale, offsetX = plan.fit.offsetX, offsetY = plan.fit.offsetY;
+  const uint32_t width = plan.width;
+  // As unsigned, a negative column or index is 2^31 or more, so one test
+  // bounds each on both sides.
+  const uint32_t columnLimit = std::min(width, uint32_t{1} << 31);
+  const uint32_t indexLimit = static_cast<uint32_t>(std::min<uint64_t>(plan.size, uint64_t{1} << 31));
+  const Zelto::IntLanes invert = plan.invertLanes;
   for (size_t b = 0; b < batch->blocks; ++b) {
-    const Zelto::IntLanes col = Zelto::TruncateToInt32(at[b].u * plan.fit.scale - plan.fit.offsetX);
-    const Zelto::IntLanes row = Zelto::TruncateToInt32(at[b].v * plan.fit.scale - plan.fit.offsetY);
-    const MaskBytes located = LocateMaskBytes(plan, col, row);
+    const Zelto::IntLanes col = Zelto::TruncateToInt32(at[b].u * scale - offsetX);
+    const Zelto::IntLanes row = Zelto::TruncateToInt32(at[b].v * scale - offsetY);
+    const Zelto::UintLanes index = Zelto::UintLanes(col) + width * Zelto::UintLanes(row);
+    const Zelto::IntLanes onMask = (Zelto::UintLanes(col) < columnLimit) & (row >= 0) & (index < indexLimit);
     // Masks combine by OR: a point one mask has selected takes no verdict
     // from the later ones. Every lane reads a byte, without a branch that
     // noisy depth would mispredict; a lane that may not consult this mask
     // reads byte 0, which every valid mask has, and ignores it.
-    const Zelto::IntLanes consults = located.onMask & ~batch->selected[b];
-    const Zelto::IntLanes index = located.index & consults;
-    const Zelto::IntLanes byte = {plan.bytes[index[0]], plan.bytes[index[1]], plan.bytes[index[2]],
-                                  plan.bytes[index[3]]};
+    const Zelto::IntLanes consults = onMask & ~batch->selected[b];
+    const Zelto::UintLanes read = index & Zelto::UintLanes(consults);
+    const Zelto::IntLanes byte = {bytes[read[0]], bytes[read[1]], bytes[read[2]], bytes[read[3]]};
     const Zelto::IntLanes inside = byte > static_cast<int32_t>(threshold);
-    batch->selected[b] |= (inside ^ plan.invertLanes) & consults;
+    batch->selected[b] |= (inside ^ invert) & consults;
   }
 }
 
@@ -226,6 +232,8 @@ weftcore::Status MaskedPointCloud::Apply(
   auto* points = static_cast<unsigned char*>(raw->address);
   if (points == nullptr) return NullStatus("point cloud is null.");
   const size_t pointCount = static_cast<size_t>(count);
+  const Zelto::ColorLens<Zelto::FloatLanes> colorLens = Zelto::MakeColorLens<Zelto::FloatLanes>(calibration, inverseRotation);
+  const Zelto::DepthLens<Zelto::FloatLanes> depthLens = Zelto::MakeDepthLens<Zelto::FloatLanes>(calibration);
   PointBatch batch;
   for (size_t first = 0; first < pointCount; first += kBatchPoints) {
     unsigned char* batchPoints = points + first * kPointBytes;
@@ -234,8 +242,8 @@ weftcore::Status MaskedPointCloud::Apply(
     for (size_t b = 0; b < batch.blocks; ++b) {
       const size_t lanes = std::min<size_t>(Zelto::kLaneCount, batch.points - b * Zelto::kLaneCount);
       const PointLanes p = LoadPoints(batchPoints + b * kBlockBytes, lanes);
-      if (anyColor) batch.color[b] = Zelto::MapToColor(calibration, inverseRotation, p.x, p.y, p.z);
-      if (anyDepth) batch.depth[b] = Zelto::MapToDepth(calibration, p.x, p.y, p.z);
+      if (anyColor) batch.color[b] = Zelto::MapToColor(colorLens, p.x, p.y, p.z);
+      if (anyDepth) batch.depth[b] = Zelto::MapToDepth(depthLens, p.x, p.y, p.z);
       batch.selected[b] = Zelto::IntLanes{};
     }
     for (const MaskPlan& plan : plans) Consult(plan, maskThreshold, &batch);

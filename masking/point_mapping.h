@@ -18,40 +18,74 @@ struct Pixels {
   F v;
 };
 
-// Whole-pixel positions in the colour image. `inverse` is the inverted
-// rotation of `calibration`, row by row.
+// What the colour mapping reads of the calibration, in every lane: loaded
+// once per frame rather than once per point.
 template <class F>
-Pixels<F> MapToColor(const ZeltoTof::ZeltoTofCalibrationSettingsProperty_& calibration,
-                     const float (&inverse)[9], F x, F y, F z) {
-  const float* m = inverse;
+struct ColorLens {
+  F m[9];  // the inverted rotation, row by row
+  F fx, fy, cx, cy;
+  F width, height;
+};
+
+// `inverse` is the inverted rotation of `calibration`, row by row.
+template <class F>
+ColorLens<F> MakeColorLens(const ZeltoTof::ZeltoTofCalibrationSettingsProperty_& calibration,
+                           const float (&inverse)[9]) {
+  ColorLens<F> lens;
+  for (int i = 0; i < 9; ++i) lens.m[i] = Splat<F>(inverse[i]);
+  const ZeltoTof::InternalParameter_& c = calibration.c;
+  lens.fx = Splat<F>(c.fx);
+  lens.fy = Splat<F>(c.fy);
+  lens.cx = Splat<F>(c.cx);
+  lens.cy = Splat<F>(c.cy);
+  lens.width = Splat<F>(static_cast<float>(calibration.colorWidth));
+  lens.height = Splat<F>(static_cast<float>(calibration.colorHeight));
+  return lens;
+}
+
+// Whole-pixel positions in the colour image.
+template <class F>
+Pixels<F> MapToColor(const ColorLens<F>& lens, F x, F y, F z) {
+  const F* m = lens.m;
   // Rotation only: the translation T is deliberately not applied. Clients
   // have tuned their colour masks to this lookup; adding T now would shift
   // every masked region by the camera baseline.
   const F qx = m[0] * x + m[1] * y + m[2] * z;
   const F qy = m[3] * x + m[4] * y + m[5] * z;
   const F qz = m[6] * x + m[7] * y + m[8] * z;
-  const ZeltoTof::InternalParameter_& c = calibration.c;
-  const auto u = TruncateToInt32(c.cx + (qx * c.fx) / qz);
-  const auto v = TruncateToInt32(c.cy + (qy * c.fy) / qz);
+  const auto u = TruncateToInt32(lens.cx + (qx * lens.fx) / qz);
+  const auto v = TruncateToInt32(lens.cy + (qy * lens.fy) / qz);
   // The truncation is tested, not the float, so -1 < u < 0 is column 0.
-  const auto outside =
-      Either(Either(u < 0, ToFloat(u) >= static_cast<float>(calibration.colorWidth)),
-             Either(v < 0, ToFloat(v) >= static_cast<float>(calibration.colorHeight)));
+  const auto outside = Either(Either(u < 0, ToFloat(u) >= lens.width),
+                              Either(v < 0, ToFloat(v) >= lens.height));
   return {Select(outside, Splat<F>(-1.0f), ToFloat(u)), Select(outside, Splat<F>(-1.0f), ToFloat(v))};
+}
+
+// What the depth mapping reads of the calibration, in every lane.
+template <class F>
+struct DepthLens {
+  F fx, fy, cx, cy;
+  IntegerOfT<F> width, height;
+};
+
+template <class F>
+DepthLens<F> MakeDepthLens(const ZeltoTof::ZeltoTofCalibrationSettingsProperty_& calibration) {
+  using I = IntegerOfT<F>;
+  const ZeltoTof::InternalParameter_& d = calibration.d;
+  return {Splat<F>(d.fx),      Splat<F>(d.fy), Splat<F>(d.cx), Splat<F>(d.cy),
+          Splat<I>(calibration.depthWidth), Splat<I>(calibration.depthHeight)};
 }
 
 // Sub-pixel positions in the depth image.
 template <class F>
-Pixels<F> MapToDepth(const ZeltoTof::ZeltoTofCalibrationSettingsProperty_& calibration, F x,
-                     F y, F z) {
-  const ZeltoTof::InternalParameter_& d = calibration.d;
-  const F u = (x * d.fx) / z + d.cx;
-  const F v = (y * d.fy) / z + d.cy;
+Pixels<F> MapToDepth(const DepthLens<F>& lens, F x, F y, F z) {
+  const F u = (x * lens.fx) / z + lens.cx;
+  const F v = (y * lens.fy) / z + lens.cy;
   // The float itself is tested, so -0.5 is outside (unlike the colour
   // mapping). NaN, from the point (0, 0, 0), passes both tests (its
   // truncation is 0) and is returned as is; it then reads mask byte 0.
-  const auto outside = Either(Either(u < 0.0f, TruncateToInt32(u) >= calibration.depthWidth),
-                              Either(v < 0.0f, TruncateToInt32(v) >= calibration.depthHeight));
+  const auto outside = Either(Either(u < 0.0f, TruncateToInt32(u) >= lens.width),
+                              Either(v < 0.0f, TruncateToInt32(v) >= lens.height));
   return {Select(outside, Splat<F>(-1.0f), u), Select(outside, Splat<F>(-1.0f), v)};
 }
 
