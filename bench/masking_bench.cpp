@@ -60,9 +60,10 @@ MaskedPointCloud RotatedRedwoodMasking() {
   const double r[9] = {c + x * x * (1 - c),     x * y * (1 - c) - z * s, x * z * (1 - c) + y * s,
                        y * x * (1 - c) + z * s, c + y * y * (1 - c),     y * z * (1 - c) - x * s,
                        z * x * (1 - c) - y * s, z * y * (1 - c) + x * s, c + z * z * (1 - c)};
-  cloud.calibration.R = {static_cast<float>(r[0]), static_cast<float>(r[1]), static_cast<float>(r[2]),
-                         static_cast<float>(r[3]), static_cast<float>(r[4]), static_cast<float>(r[5]),
-                         static_cast<float>(r[6]), static_cast<float>(r[7]), static_cast<float>(r[8])};
+  cloud.calibration.R = {
+      static_cast<float>(r[0]), static_cast<float>(r[1]), static_cast<float>(r[2]),
+      static_cast<float>(r[3]), static_cast<float>(r[4]), static_cast<float>(r[5]),
+      static_cast<float>(r[6]), static_cast<float>(r[7]), static_cast<float>(r[8])};
   // The inverse of a rotation is its transpose.
   for (int row = 0; row < 3; ++row) {
     for (int col = 0; col < 3; ++col) {
@@ -126,7 +127,8 @@ void BM_Apply(benchmark::State& state) {
   const size_t pointCount = byteCount / 6;
   std::vector<MaskSet> masks;
   for (int f = 0; f < kFrameCount; ++f) {
-    masks.push_back(MakeMasks(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), f));
+    masks.push_back(
+        MakeMasks(static_cast<int>(state.range(0)), static_cast<int>(state.range(1)), f));
   }
   MaskedPointCloud cloud = RotatedRedwoodMasking();
   std::vector<int16_t> points(frames[0].points.size());
@@ -152,7 +154,8 @@ void BM_Apply(benchmark::State& state) {
     for (size_t i = 0; i < pointCount; ++i) masked += points[3 * i + 2] == 32001 ? 1 : 0;
     frame = (frame + 1) % kFrameCount;
   }
-  const double pointsTimed = static_cast<double>(state.iterations()) * static_cast<double>(pointCount);
+  const double pointsTimed =
+      static_cast<double>(state.iterations()) * static_cast<double>(pointCount);
   state.counters["ns_per_point"] = applyNs / pointsTimed;
   state.counters["masked"] = static_cast<double>(masked) / pointsTimed;
 }

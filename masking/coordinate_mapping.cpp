@@ -33,11 +33,13 @@ void MaskedPointCloud::SetupCoordinate() {
 }
 
 std::pair<float, float> MaskedPointCloud::CameraToColor(const Zelto::ZeltoVector3_& p) const {
-  const Zelto::Pixels<float> pixel = Zelto::MapToColor(Zelto::MakeColorLens<float>(calibration, inverseRotation), p.x, p.y, p.z);
+  const Zelto::Pixels<float> pixel =
+      Zelto::MapToColor(Zelto::MakeColorLens<float>(calibration, inverseRotation), p.x, p.y, p.z);
   return {pixel.u, pixel.v};
 }
 
 std::pair<float, float> MaskedPointCloud::CameraToDepth(const Zelto::ZeltoVector3_& p) const {
-  const Zelto::Pixels<float> pixel = Zelto::MapToDepth(Zelto::MakeDepthLens<float>(calibration), p.x, p.y, p.z);
+  const Zelto::Pixels<float> pixel =
+      Zelto::MapToDepth(Zelto::MakeDepthLens<float>(calibration), p.x, p.y, p.z);
   return {pixel.u, pixel.v};
 }

@@ -75,7 +75,9 @@ inline FloatLanes ToFloat(IntLanes value) { return __builtin_convertvector(value
 // Only for values already in [-2^31, 2^31): the conversion is undefined
 // outside that range.
 inline int32_t TruncateInRange(float value) { return static_cast<int32_t>(value); }
-inline IntLanes TruncateInRange(FloatLanes value) { return __builtin_convertvector(value, IntLanes); }
+inline IntLanes TruncateInRange(FloatLanes value) {
+  return __builtin_convertvector(value, IntLanes);
+}
 
 // Bit k set where lane k of `condition` holds (is -1).
 inline unsigned LaneBits(IntLanes condition) {

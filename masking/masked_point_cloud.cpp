@@ -136,13 +136,15 @@ void Consult(const MaskPlan& plan, uint8_t threshold, PointBatch* batch) {
   // As unsigned, a negative column or index is 2^31 or more, so one test
   // bounds each on both sides.
   const uint32_t columnLimit = std::min(width, uint32_t{1} << 31);
-  const uint32_t indexLimit = static_cast<uint32_t>(std::min<uint64_t>(plan.size, uint64_t{1} << 31));
+  const uint32_t indexLimit =
+      static_cast<uint32_t>(std::min<uint64_t>(plan.size, uint64_t{1} << 31));
   const Zelto::IntLanes invert = plan.invertLanes;
   for (size_t b = 0; b < batch->blocks; ++b) {
     const Zelto::IntLanes col = Zelto::TruncateToInt32(at[b].u * scale - offsetX);
     const Zelto::IntLanes row = Zelto::TruncateToInt32(at[b].v * scale - offsetY);
     const Zelto::UintLanes index = Zelto::UintLanes(col) + width * Zelto::UintLanes(row);
-    const Zelto::IntLanes onMask = (Zelto::UintLanes(col) < columnLimit) & (row >= 0) & (index < indexLimit);
+    const Zelto::IntLanes onMask =
+        (Zelto::UintLanes(col) < columnLimit) & (row >= 0) & (index < indexLimit);
     // Masks combine by OR: a point one mask has selected takes no verdict
     // from the later ones. Every lane reads a byte, without a branch that
     // noisy depth would mispredict; a lane that may not consult this mask
@@ -215,11 +217,11 @@ weftcore::Status MaskedPointCloud::Apply(
     if (IsInvalid(mask)) return InvalidMaskStatus(mask);
     const float refWidth = mask.isColorSource ? colorWidth : depthWidth;
     const float refHeight = mask.isColorSource ? colorHeight : depthHeight;
-    plans.push_back({reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(mask.maskDataAddress)),
-                     mask.maskDataSize, mask.maskDataWidth, mask.isColorSource,
-                     Zelto::Splat<Zelto::IntLanes>(mask.isInvertMask ? -1 : 0),
-                     Zelto::FitMaskToReference(mask.maskDataWidth, mask.maskDataHeight, refWidth,
-                                               refHeight)});
+    plans.push_back(
+        {reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(mask.maskDataAddress)),
+         mask.maskDataSize, mask.maskDataWidth, mask.isColorSource,
+         Zelto::Splat<Zelto::IntLanes>(mask.isInvertMask ? -1 : 0),
+         Zelto::FitMaskToReference(mask.maskDataWidth, mask.maskDataHeight, refWidth, refHeight)});
     anyColor = anyColor || mask.isColorSource;
     anyDepth = anyDepth || !mask.isColorSource;
   }
@@ -232,15 +234,18 @@ weftcore::Status MaskedPointCloud::Apply(
   auto* points = static_cast<unsigned char*>(raw->address);
   if (points == nullptr) return NullStatus("point cloud is null.");
   const size_t pointCount = static_cast<size_t>(count);
-  const Zelto::ColorLens<Zelto::FloatLanes> colorLens = Zelto::MakeColorLens<Zelto::FloatLanes>(calibration, inverseRotation);
-  const Zelto::DepthLens<Zelto::FloatLanes> depthLens = Zelto::MakeDepthLens<Zelto::FloatLanes>(calibration);
+  const Zelto::ColorLens<Zelto::FloatLanes> colorLens =
+      Zelto::MakeColorLens<Zelto::FloatLanes>(calibration, inverseRotation);
+  const Zelto::DepthLens<Zelto::FloatLanes> depthLens =
+      Zelto::MakeDepthLens<Zelto::FloatLanes>(calibration);
   PointBatch batch;
   for (size_t first = 0; first < pointCount; first += kBatchPoints) {
     unsigned char* batchPoints = points + first * kPointBytes;
     batch.points = std::min(kBatchPoints, pointCount - first);
     batch.blocks = (batch.points + Zelto::kLaneCount - 1) / Zelto::kLaneCount;
     for (size_t b = 0; b < batch.blocks; ++b) {
-      const size_t lanes = std::min<size_t>(Zelto::kLaneCount, batch.points - b * Zelto::kLaneCount);
+      const size_t lanes =
+          std::min<size_t>(Zelto::kLaneCount, batch.points - b * Zelto::kLaneCount);
       const PointLanes p = LoadPoints(batchPoints + b * kBlockBytes, lanes);
       if (anyColor) batch.color[b] = Zelto::MapToColor(colorLens, p.x, p.y, p.z);
       if (anyDepth) batch.depth[b] = Zelto::MapToDepth(depthLens, p.x, p.y, p.z);

@@ -56,9 +56,10 @@ Pixels<F> MapToColor(const ColorLens<F>& lens, F x, F y, F z) {
   const auto u = TruncateToInt32(lens.cx + (qx * lens.fx) / qz);
   const auto v = TruncateToInt32(lens.cy + (qy * lens.fy) / qz);
   // The truncation is tested, not the float, so -1 < u < 0 is column 0.
-  const auto outside = Either(Either(u < 0, ToFloat(u) >= lens.width),
-                              Either(v < 0, ToFloat(v) >= lens.height));
-  return {Select(outside, Splat<F>(-1.0f), ToFloat(u)), Select(outside, Splat<F>(-1.0f), ToFloat(v))};
+  const auto outside =
+      Either(Either(u < 0, ToFloat(u) >= lens.width), Either(v < 0, ToFloat(v) >= lens.height));
+  return {Select(outside, Splat<F>(-1.0f), ToFloat(u)),
+          Select(outside, Splat<F>(-1.0f), ToFloat(v))};
 }
 
 // What the depth mapping reads of the calibration, in every lane.
@@ -72,8 +73,14 @@ template <class F>
 DepthLens<F> MakeDepthLens(const ZeltoTof::ZeltoTofCalibrationSettingsProperty_& calibration) {
   using I = IntegerOfT<F>;
   const ZeltoTof::InternalParameter_& d = calibration.d;
-  return {Splat<F>(d.fx),      Splat<F>(d.fy), Splat<F>(d.cx), Splat<F>(d.cy),
-          Splat<I>(calibration.depthWidth), Splat<I>(calibration.depthHeight)};
+  DepthLens<F> lens;
+  lens.fx = Splat<F>(d.fx);
+  lens.fy = Splat<F>(d.fy);
+  lens.cx = Splat<F>(d.cx);
+  lens.cy = Splat<F>(d.cy);
+  lens.width = Splat<I>(calibration.depthWidth);
+  lens.height = Splat<I>(calibration.depthHeight);
+  return lens;
 }
 
 // Sub-pixel positions in the depth image.
