@@ -4,17 +4,18 @@
 // first point is touched, so a bad mask list leaves the frame as it came.
 #include "masking/masked_point_cloud.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <new>
 #include <stdexcept>
-#include <utility>
 #include <vector>
 
 #include "logging/zelto_logger.h"
+#include "masking/lanes.h"
 #include "masking/mask_fit.h"
-#include "masking/zelto_vector3.h"
+#include "masking/point_mapping.h"
 #include "mesh/invalid_depth.h"
 
 // Every module of the component holds its own logger (see zelto_logger.h).
@@ -33,7 +34,7 @@ struct MaskPlan {
   uint64_t size;
   uint32_t width;
   bool isColorSource;
-  bool isInvertMask;
+  Zelto::IntLanes invertLanes;  // -1 in every lane for an inverted mask
   Zelto::MaskFit fit;
 };
 
@@ -71,22 +72,102 @@ weftcore::Status InvalidMaskStatus(const ZeltoSegmentation::ZeltoSegmentationMas
       .SetBlock(kBlock);
 }
 
-// The mask byte that (u, v) falls on, or null when it falls off the mask.
+// Four points of the cloud as lanes.
+struct PointLanes {
+  Zelto::FloatLanes x, y, z;
+};
+
+constexpr size_t kBlockBytes = Zelto::kLaneCount * kPointBytes;
+
+// The 32 bits at `offset` of each of the four points, copied out: the
+// upstream buffer carries no alignment guarantee.
+Zelto::IntLanes LoadWords(const unsigned char* block, size_t offset) {
+  int32_t words[Zelto::kLaneCount];
+  for (size_t lane = 0; lane < Zelto::kLaneCount; ++lane) {
+    std::memcpy(&words[lane], block + lane * kPointBytes + offset, sizeof words[lane]);
+  }
+  return Zelto::IntLanes{words[0], words[1], words[2], words[3]};
+}
+
+// The block of four points at `block`, of which `count` are in the cloud;
+// lanes past them hold the point (0, 0, 0). Each point is read as two
+// overlapping 32-bit words, (x, y) and (y, z), and the 16-bit halves are
+// sign-extended by shifts, in the byte order of the device and of x86-64.
+PointLanes LoadPoints(const unsigned char* block, size_t count) {
+  static_assert(__BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__, "x precedes y in a word's low half");
+  unsigned char copy[kBlockBytes] = {};
+  if (count < Zelto::kLaneCount) {
+    std::memcpy(copy, block, count * kPointBytes);
+    block = copy;
+  }
+  const Zelto::IntLanes xy = LoadWords(block, 0);
+  const Zelto::IntLanes yz = LoadWords(block, 2);
+  const auto low = [](Zelto::IntLanes word) {
+    return Zelto::IntLanes(Zelto::UintLanes(word) << 16) >> 16;
+  };
+  return {Zelto::ToFloat(low(xy)), Zelto::ToFloat(low(yz)), Zelto::ToFloat(yz >> 16)};
+}
+
+// A run of points, mapped once and then taken mask by mask: each mask is a
+// short loop whose blocks do not wait for one another, so the processor
+// overlaps the divisions and byte reads of many points.
+constexpr size_t kBatchBlocks = 16;
+constexpr size_t kBatchPoints = kBatchBlocks * Zelto::kLaneCount;
+
+struct PointBatch {
+  size_t points = 0;
+  size_t blocks = 0;
+  Zelto::Pixels<Zelto::FloatLanes> color[kBatchBlocks] = {};
+  Zelto::Pixels<Zelto::FloatLanes> depth[kBatchBlocks] = {};
+  Zelto::IntLanes selected[kBatchBlocks] = {};  // -1 in the lanes a mask has selected
+};
+
+// Selects the points of `batch` whose byte of `plan` says so.
 // The height only sets the scale: the byte count is what bounds a read, so a
 // row past the height whose byte still lies in the mask's memory is read.
 // The index is computed in 32 bits and wraps around; the wrapped index is
 // still checked against the byte count, so even a mask of more than 4 GiB
 // is never read outside its memory.
-const uint8_t* MaskByte(const MaskPlan& plan, std::pair<float, float> position) {
-  const int32_t col = Zelto::TruncateToInt32(position.first * plan.fit.scale - plan.fit.offsetX);
-  const int32_t row = Zelto::TruncateToInt32(position.second * plan.fit.scale - plan.fit.offsetY);
-  const uint32_t wrapped = static_cast<uint32_t>(col) + plan.width * static_cast<uint32_t>(row);
-  const int32_t index = static_cast<int32_t>(wrapped);
-  if (index < 0 || static_cast<uint64_t>(index) >= plan.size || col < 0 || row < 0 ||
-      static_cast<uint32_t>(col) >= plan.width) {
-    return nullptr;
+void Consult(const MaskPlan& plan, uint8_t threshold, PointBatch* batch) {
+  const Zelto::Pixels<Zelto::FloatLanes>* at = plan.isColorSource ? batch->color : batch->depth;
+  const uint8_t* bytes = plan.bytes;
+  const float scale = plan.fit.scale, offsetX = plan.fit.offsetX, offsetY = plan.fit.offsetY;
+  const uint32_t width = plan.width;
+  // As unsigned, a negative column or index is 2^31 or more, so one test
+  // bounds each on both sides.
+  const uint32_t columnLimit = std::min(width, uint32_t{1} << 31);
+  const uint32_t indexLimit =
+      static_cast<uint32_t>(std::min<uint64_t>(plan.size, uint64_t{1} << 31));
+  const Zelto::IntLanes invert = plan.invertLanes;
+  for (size_t b = 0; b < batch->blocks; ++b) {
+    const Zelto::IntLanes col = Zelto::TruncateToInt32(at[b].u * scale - offsetX);
+    const Zelto::IntLanes row = Zelto::TruncateToInt32(at[b].v * scale - offsetY);
+    const Zelto::UintLanes index = Zelto::UintLanes(col) + width * Zelto::UintLanes(row);
+    const Zelto::IntLanes onMask =
+        (Zelto::UintLanes(col) < columnLimit) & (row >= 0) & (index < indexLimit);
+    // Masks combine by OR: a point one mask has selected takes no verdict
+    // from the later ones. Every lane reads a byte, without a branch that
+    // noisy depth would mispredict; a lane that may not consult this mask
+    // reads byte 0, which every valid mask has, and ignores it.
+    const Zelto::IntLanes consults = onMask & ~batch->selected[b];
+    const Zelto::UintLanes read = index & Zelto::UintLanes(consults);
+    const Zelto::IntLanes byte = {bytes[read[0]], bytes[read[1]], bytes[read[2]], bytes[read[3]]};
+    const Zelto::IntLanes inside = byte > static_cast<int32_t>(threshold);
+    batch->selected[b] |= (inside ^ invert) & consults;
   }
-  return plan.bytes + index;
+}
+
+// Gives the selected points of `batch`, which starts at `first`, the
+// invalid depth the mesh builder leaves out.
+void BlankSelected(const PointBatch& batch, unsigned char* first) {
+  for (size_t point = 0; point < batch.points; point += Zelto::kLaneCount) {
+    const unsigned selected = Zelto::LaneBits(batch.selected[point / Zelto::kLaneCount]);
+    for (size_t lane = 0; selected >> lane != 0 && point + lane < batch.points; ++lane) {
+      if ((selected >> lane & 1u) == 0) continue;
+      constexpr int16_t invalid = ZeltoMesh::kInvalidDepth;
+      std::memcpy(first + (point + lane) * kPointBytes + kDepthOffset, &invalid, sizeof invalid);
+    }
+  }
 }
 
 }  // namespace
@@ -136,10 +217,11 @@ weftcore::Status MaskedPointCloud::Apply(
     if (IsInvalid(mask)) return InvalidMaskStatus(mask);
     const float refWidth = mask.isColorSource ? colorWidth : depthWidth;
     const float refHeight = mask.isColorSource ? colorHeight : depthHeight;
-    plans.push_back({reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(mask.maskDataAddress)),
-                     mask.maskDataSize, mask.maskDataWidth, mask.isColorSource, mask.isInvertMask,
-                     Zelto::FitMaskToReference(mask.maskDataWidth, mask.maskDataHeight, refWidth,
-                                               refHeight)});
+    plans.push_back(
+        {reinterpret_cast<const uint8_t*>(static_cast<uintptr_t>(mask.maskDataAddress)),
+         mask.maskDataSize, mask.maskDataWidth, mask.isColorSource,
+         Zelto::Splat<Zelto::IntLanes>(mask.isInvertMask ? -1 : 0),
+         Zelto::FitMaskToReference(mask.maskDataWidth, mask.maskDataHeight, refWidth, refHeight)});
     anyColor = anyColor || mask.isColorSource;
     anyDepth = anyDepth || !mask.isColorSource;
   }
@@ -151,25 +233,26 @@ weftcore::Status MaskedPointCloud::Apply(
   if (count < 1 || plans.empty()) return weftcore::Status();
   auto* points = static_cast<unsigned char*>(raw->address);
   if (points == nullptr) return NullStatus("point cloud is null.");
-  for (int32_t i = 0; i < count; ++i) {
-    unsigned char* point = points + static_cast<size_t>(i) * kPointBytes;
-    // memcpy: the upstream buffer carries no alignment guarantee.
-    int16_t xyz[3];
-    std::memcpy(xyz, point, sizeof xyz);
-    const Zelto::ZeltoVector3_ p{static_cast<float>(xyz[0]), static_cast<float>(xyz[1]),
-                                 static_cast<float>(xyz[2])};
-    const std::pair<float, float> color = anyColor ? CameraToColor(p) : std::pair<float, float>{};
-    const std::pair<float, float> depth = anyDepth ? CameraToDepth(p) : std::pair<float, float>{};
-    for (const MaskPlan& plan : plans) {
-      const uint8_t* byte = MaskByte(plan, plan.isColorSource ? color : depth);
-      if (byte == nullptr) continue;
-      const bool inside = *byte > maskThreshold;
-      if (inside != plan.isInvertMask) {
-        constexpr int16_t invalid = ZeltoMesh::kInvalidDepth;
-        std::memcpy(point + kDepthOffset, &invalid, sizeof invalid);
-        break;  // masks combine by OR: later masks are not consulted
-      }
+  const size_t pointCount = static_cast<size_t>(count);
+  const Zelto::ColorLens<Zelto::FloatLanes> colorLens =
+      Zelto::MakeColorLens<Zelto::FloatLanes>(calibration, inverseRotation);
+  const Zelto::DepthLens<Zelto::FloatLanes> depthLens =
+      Zelto::MakeDepthLens<Zelto::FloatLanes>(calibration);
+  PointBatch batch;
+  for (size_t first = 0; first < pointCount; first += kBatchPoints) {
+    unsigned char* batchPoints = points + first * kPointBytes;
+    batch.points = std::min(kBatchPoints, pointCount - first);
+    batch.blocks = (batch.points + Zelto::kLaneCount - 1) / Zelto::kLaneCount;
+    for (size_t b = 0; b < batch.blocks; ++b) {
+      const size_t lanes =
+          std::min<size_t>(Zelto::kLaneCount, batch.points - b * Zelto::kLaneCount);
+      const PointLanes p = LoadPoints(batchPoints + b * kBlockBytes, lanes);
+      if (anyColor) batch.color[b] = Zelto::MapToColor(colorLens, p.x, p.y, p.z);
+      if (anyDepth) batch.depth[b] = Zelto::MapToDepth(depthLens, p.x, p.y, p.z);
+      batch.selected[b] = Zelto::IntLanes{};
     }
+    for (const MaskPlan& plan : plans) Consult(plan, maskThreshold, &batch);
+    BlankSelected(batch, batchPoints);
   }
   return weftcore::Status();
 }

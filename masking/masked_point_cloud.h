@@ -18,9 +18,10 @@ class MaskedPointCloud {
   // Refreshes `calibration` from `stream` and inverts its rotation; does
   // nothing while `stream` is null.
   void SetupCoordinate();
-  // Whole-pixel position in the colour image, or (-1, -1).
+  // Whole-pixel position in the colour image, or (-1, -1): the mapping
+  // Apply makes for every point, for one point.
   std::pair<float, float> CameraToColor(const Zelto::ZeltoVector3_& p) const;
-  // Sub-pixel position in the depth image, or (-1, -1).
+  // Sub-pixel position in the depth image, or (-1, -1), likewise.
   std::pair<float, float> CameraToDepth(const Zelto::ZeltoVector3_& p) const;
 
   // Sets z = 32001 for every point of `raw` that a mask of `list` selects.

@@ -9,8 +9,10 @@
 #include <limits>
 #include <new>
 #include <random>
+#include <tuple>
 
 #include "masking/mask_fit.h"
+#include "masking/truncate_to_int32.h"
 #include "masking_fixtures.h"
 #include "mesh/mesh_harness.h"
 #include "support/log_capture.h"
@@ -65,6 +67,8 @@ TEST(TruncateToInt32, TruncatesTowardZeroSaturatesAndTurnsNanIntoZero) {
   for (const Case& row : cases) {
     SCOPED_TRACE(zelto_test::Printf("%a", double{row.value}));
     EXPECT_EQ(Zelto::TruncateToInt32(row.value), row.expected);
+    const Zelto::IntLanes lanes = Zelto::TruncateToInt32(Zelto::FloatLanes{row.value, 1.5f, -kInf, row.value});
+    EXPECT_EQ(std::make_tuple(lanes[0], lanes[1], lanes[2], lanes[3]), std::make_tuple(row.expected, 1, kMin, row.expected));
   }
 }
 
@@ -237,6 +241,41 @@ TEST(Apply, AgreesWithAPlainModelOnARealFrame) {
   harness.flatRawData = true;
   const auto mesh = harness.Fill(reinterpret_cast<const int16_t*>(bytes.data()), frame.width, frame.height).flat;
   EXPECT_EQ(ZeltoTest::Crc32(mesh.data(), mesh.size()), 0x7d874689u);
+}
+
+// Apply takes points four at a time; the model takes them one by one, so every verdict must match on the values
+// where lanes could differ: (0, 0, 0) and z = 0, the extremes of int16, positions on .5 and on the image and mask
+// borders, a focal length that throws positions past int32, no calibration, and a last block of one point.
+TEST(Apply, AgreesWithThePlainModelOnEdgeValues) {
+  const int16_t xs[] = {-32768, -2000, -641, -482, -481, -187, -1, 0, 1, 34, 639, 640, 32767};
+  const int16_t zs[] = {-1000, 0, 1, 374, 1000, 32767};
+  std::vector<int16_t> xyz;
+  for (int16_t x : xs) for (int16_t y : xs) for (int16_t z : zs) xyz.insert(xyz.end(), {x, y, z});
+  xyz.insert(xyz.end(), {0, 0, 0});
+  Calibration far = kStandardCalibration;
+  far.c = {3e6f, 3e6f, 320, 240}, far.d = {3e6f, 3e6f, 160, 120}, far.R = {0.999f, 0.03f, 0, -0.03f, 0.999f, 0, 0, 0, 1};
+  std::mt19937 random(11);
+  std::vector<Mask> masks = {Color(256, 192), Depth(320, 240).Inverted(), Color(640, 240, 0, 640 * 480), Depth(100, 240)};
+  for (Mask& mask : masks) for (uint8_t& byte : mask.bytes) byte = uint8_t(mask.inverted ? 40 + random() % 30 : random() % 62);
+  const MaskList list = ListOf(masks);
+  const Calibration* const calibrations[] = {&kStandardCalibration, &far, nullptr};
+  for (const Calibration* calibration : calibrations) {
+    SCOPED_TRACE(calibration == nullptr ? "uncalibrated" : calibration == &far ? "far focus" : "standard");
+    MaskedPointCloud cloud;
+    if (calibration != nullptr) ReadCalibration(&cloud, *calibration);
+    std::vector<int16_t> points = xyz;
+    points.insert(points.end(), {0, 0, 0});  // past the cloud: lanes beyond its last point must not be written
+    weftcore::Channel::RawData raw{points.data(), xyz.size() * sizeof(int16_t), "", 0};
+    ASSERT_TRUE(cloud.Apply(&raw, &list).ok());
+    EXPECT_EQ(points.back(), 0);
+    size_t removed = 0;
+    for (size_t i = 0; i < xyz.size(); i += 3) {
+      SCOPED_TRACE(zelto_test::Printf("point (%d, %d, %d)", xyz[i], xyz[i + 1], xyz[i + 2]));
+      removed += points[i + 2] == kMasked;
+      ASSERT_EQ(points[i + 2], ModelRemoves(cloud, masks, &xyz[i]) ? kMasked : xyz[i + 2]);
+    }
+    EXPECT_EQ(removed > 0, calibration != nullptr) << removed;
+  }
 }
 
 TEST(Apply, AllocatesOnceWhateverThePointCountAndReportsExhaustedMemory) {
