@@ -175,7 +175,8 @@ void AddRunOptions(CLI::App* run, RunOptions* options) {
   static const std::map<std::string, PreviewView> kViews = {{"camera", PreviewView::kCamera},
                                                             {"side", PreviewView::kSide}};
   run->add_option_function<std::string>(
-         "--preview-view", [options](const std::string& name) { options->preview_view = kViews.at(name); },
+         "--preview-view",
+         [options](const std::string& name) { options->preview_view = kViews.at(name); },
          "camera: as the camera saw it; side: turned 55 degrees and from above, where the sheets "
          "across depth jumps show (default: camera)")
       ->type_name("VIEW")

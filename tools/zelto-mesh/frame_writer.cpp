@@ -31,7 +31,7 @@ std::string FrameFileName(OutputFormat format, int64_t index) {
 }
 
 bool IsFrameFileName(const std::string& name) {
-  static const std::regex kPattern("frame_[0-9]+\\.(ply|obj|glb|bin)");
+  static const std::regex kPattern("frame_[0-9]+\\.(ply|obj|glb|bin)(\\.partial)?");
   return std::regex_match(name, kPattern);
 }
 
@@ -40,6 +40,13 @@ bool WriteFrame(const FrameOutput& output, int64_t index, const uint8_t* bytes, 
   if (output.format == OutputFormat::kNone) return true;
   const std::string path = output.directory + "/" + FrameFileName(output.format, index);
   if (output.format == OutputFormat::kRaw) {
+    // A record of addresses means nothing in a file. The options ask for the
+    // flat layout, but a --set of the frame rate property can still undo it.
+    if (mesh.layout != MeshLayout::kFlat) {
+      *error = "cannot write " + path + ": the frame came in the reference layout, and --format "
+               "raw writes only flat frames";
+      return false;
+    }
     if (!WriteFile(path, bytes, size, error)) return false;
     *written += static_cast<int64_t>(size);
     return true;

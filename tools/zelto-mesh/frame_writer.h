@@ -19,8 +19,9 @@ const char* FormatName(OutputFormat format);
 // "frame_000012.ply"; raw frames end in ".bin". Empty for kNone.
 std::string FrameFileName(OutputFormat format, int64_t index);
 
-// True for the names FrameFileName gives in any format: frame_DIGITS.ply,
-// .obj, .glb or .bin.
+// True for the names FrameFileName gives in any format (frame_DIGITS.ply,
+// .obj, .glb or .bin), and for those names plus ".partial", the files a
+// killed run leaves behind.
 bool IsFrameFileName(const std::string& name);
 
 struct FrameOutput {
@@ -30,8 +31,8 @@ struct FrameOutput {
   Axes axes = Axes::kOpenGl;  // ply, obj, glb
 };
 
-// Writes frame `index`: raw writes `bytes` (channel 0 exactly as delivered),
-// ply, obj and glb write the surface of `mesh`. Nothing for kNone. Adds the
+// Writes frame `index`: raw writes `bytes` (channel 0 exactly as delivered;
+// flat frames only), ply, obj and glb write the surface of `mesh`. Nothing for kNone. Adds the
 // bytes written to `*written`.
 bool WriteFrame(const FrameOutput& output, int64_t index, const uint8_t* bytes, size_t size,
                 const Mesh& mesh, int64_t* written, std::string* error);

@@ -28,8 +28,8 @@ class BinaryBuffer {
  public:
   // Appends `size` bytes and describes them as a buffer view.
   size_t Add(const void* data, size_t size, int target, Json* views) {
-    views->push_back(Json{{"buffer", 0}, {"byteOffset", bytes_.size()}, {"byteLength", size},
-                          {"target", target}});
+    views->push_back(Json{
+        {"buffer", 0}, {"byteOffset", bytes_.size()}, {"byteLength", size}, {"target", target}});
     bytes_.append(static_cast<const char*>(data), size);
     return views->size() - 1;
   }
@@ -50,8 +50,8 @@ std::string EncodeGlb(const Surface& surface) {
   } else {
     Json views = Json::array(), accessors = Json::array(), attributes = Json::object();
     const auto accessor = [&](size_t view, int component, size_t count, const char* type) {
-      accessors.push_back(
-          Json{{"bufferView", view}, {"componentType", component}, {"count", count}, {"type", type}});
+      accessors.push_back(Json{
+          {"bufferView", view}, {"componentType", component}, {"count", count}, {"type", type}});
       return accessors.size() - 1;
     };
     float low[3], high[3];
@@ -75,20 +75,19 @@ std::string EncodeGlb(const Surface& surface) {
       // RGBA: a three-byte element would break the 4-byte alignment.
       std::string rgba(4 * vertices, '\xff');
       for (size_t v = 0; v < vertices; ++v) std::memcpy(&rgba[4 * v], &surface.colors[3 * v], 3);
-      attributes["COLOR_0"] =
-          accessor(buffer.Add(rgba.data(), rgba.size(), kArrayBuffer, &views), kUnsignedByte,
-                   vertices, "VEC4");
+      attributes["COLOR_0"] = accessor(buffer.Add(rgba.data(), rgba.size(), kArrayBuffer, &views),
+                                       kUnsignedByte, vertices, "VEC4");
       accessors.back()["normalized"] = true;
     }
-    const size_t indices = accessor(
-        buffer.Add(surface.triangles.data(), 4 * surface.triangles.size(), kElementArrayBuffer,
-                   &views),
-        kUnsignedInt, surface.triangles.size(), "SCALAR");
+    const size_t indices =
+        accessor(buffer.Add(surface.triangles.data(), 4 * surface.triangles.size(),
+                            kElementArrayBuffer, &views),
+                 kUnsignedInt, surface.triangles.size(), "SCALAR");
     gltf["scenes"] = Json::array({Json{{"nodes", {0}}}});
     gltf["nodes"] = Json::array({Json{{"mesh", 0}}});
     gltf["meshes"] = Json::array({Json{
-        {"primitives", Json::array({Json{
-                           {"attributes", attributes}, {"indices", indices}, {"mode", 4}}})}}});
+        {"primitives",
+         Json::array({Json{{"attributes", attributes}, {"indices", indices}, {"mode", 4}}})}}});
     gltf["buffers"] = Json::array({Json{{"byteLength", buffer.bytes().size()}}});
     gltf["bufferViews"] = views;
     gltf["accessors"] = accessors;

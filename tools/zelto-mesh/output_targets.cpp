@@ -91,8 +91,8 @@ bool CheckOutputTargets(const RunOptions& options, std::string* error) {
       return false;
     }
   }
-  for (const auto& [option, path] : {std::pair("--preview", &options.preview),
-                                     std::pair("--stats", &options.stats)}) {
+  for (const auto& [option, path] :
+       {std::pair("--preview", &options.preview), std::pair("--stats", &options.stats)}) {
     if (path->empty()) continue;
     if (IsDirectory(*path)) {
       *error = std::string(option) + " " + *path + ": a directory, expected a file name";
@@ -107,8 +107,8 @@ bool PrepareOutputTargets(const RunOptions& options, std::ofstream* stats_file,
                           std::string* error) {
   if (options.output.format != OutputFormat::kNone) {
     if (!MakeWritableDirectory(options.output.directory, error)) return false;
-    for (const fs::path& old : options.replace ? FrameFiles(options.output.directory)
-                                               : std::vector<fs::path>()) {
+    for (const fs::path& old :
+         options.replace ? FrameFiles(options.output.directory) : std::vector<fs::path>()) {
       std::error_code code;
       if (!fs::remove(old, code) && code) {
         *error = "cannot remove " + old.string() + ": " + code.message();

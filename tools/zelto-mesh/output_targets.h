@@ -18,7 +18,6 @@ bool CheckOutputTargets(const RunOptions& options, std::string* error);
 // Creates the directories, removes the old frames with --replace, makes
 // sure every directory takes new files and opens the statistics file.
 // False with `error` ("cannot create DIR: REASON", "cannot write PATH: ...").
-bool PrepareOutputTargets(const RunOptions& options, std::ofstream* stats_file,
-                          std::string* error);
+bool PrepareOutputTargets(const RunOptions& options, std::ofstream* stats_file, std::string* error);
 
 }  // namespace zelto_cli

@@ -195,7 +195,8 @@ Mesh SeenFromTheSide(const Mesh& mesh) {
     radius = std::max(radius, std::sqrt(x * x + y * y + z * z));
   }
   for (int64_t v = 0; v < mesh.VertexCount(); ++v) {
-    if (!IsInvalidVertex(mesh, v)) turned.vertices[static_cast<size_t>(3 * v + 2)] += 2.5f * float(radius);
+    if (IsInvalidVertex(mesh, v)) continue;
+    turned.vertices[static_cast<size_t>(3 * v + 2)] += 2.5f * static_cast<float>(radius);
   }
   return turned;
 }

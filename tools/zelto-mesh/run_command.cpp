@@ -3,7 +3,6 @@
 #include "run_command.h"
 
 #include <chrono>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -117,14 +116,8 @@ int TakeFrames(weftcore::Stream* stream, const RunOptions& options, bool player_
     // Decode now: the reference layout's arrays live until the call after next.
     const auto* bytes = static_cast<const uint8_t*>(raw.address);
     const bool decoded = status.ok() && DecodeMesh(bytes, raw.size, last_mesh, &error);
-    // A record of addresses means nothing in a file: raw takes only flat frames.
-    const bool flat_for_raw = !decoded || options.output.format != OutputFormat::kRaw ||
-                              last_mesh->layout == MeshLayout::kFlat;
-    if (!flat_for_raw) error = "frame " + std::to_string(index) + " came in the reference layout; "
-                               "--format raw writes only flat frames";
-    const bool written = decoded && flat_for_raw &&
-                         WriteFrame(options.output, index, bytes, raw.size, *last_mesh,
-                                    &summary->bytesWritten, &error);
+    const bool written = decoded && WriteFrame(options.output, index, bytes, raw.size, *last_mesh,
+                                               &summary->bytesWritten, &error);
     const weftcore::Status released = stream->ReleaseFrame(frame);
     const std::string frame_name = "frame " + std::to_string(index);
     if (status.IsError()) return fail(ErrorLine(frame_name, status), kExitFailure);

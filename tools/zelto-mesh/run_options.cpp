@@ -139,7 +139,8 @@ bool ResolveRunOptions(RunOptions* options, std::string* error) {
   // The frame rate property holds one of the two: 15 plays, 30 is flat.
   if (options->playback) options->frame_rate = FrameRate{15, 1};
   if (flat) options->frame_rate = FrameRate{30, 1};
-  const bool flat_bytes = options->remote || (options->frame_rate && options->frame_rate->num == 30);
+  const bool flat_bytes =
+      options->remote || (options->frame_rate && options->frame_rate->num == 30);
   if (options->output.format == OutputFormat::kRaw && !flat_bytes) {
     *error = "--format raw writes the self-contained flat layout: add --layout flat (a "
              "reference-layout frame is a record of addresses inside this process)";

@@ -61,7 +61,8 @@ std::string SummaryText(const SummaryInput& input) {
         input.output.directory + "/" + FrameFileName(input.output.format, frames.back().index);
     text += Row("meshes", frames.size() == 1 ? first : first + " ... " + last);
     char megabytes[32];
-    std::snprintf(megabytes, sizeof megabytes, "%.1f MB", static_cast<double>(input.bytesWritten) / 1e6);
+    std::snprintf(megabytes, sizeof megabytes, "%.1f MB",
+                  static_cast<double>(input.bytesWritten) / 1e6);
     text += Row("written", megabytes);
   }
   if (!input.preview.empty()) text += Row("preview", input.preview);
