@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <filesystem>
+#include <fstream>
 #include <regex>
 #include <sstream>
 
@@ -140,6 +141,10 @@ TEST(ZeltoMesh, FilesHoldTheCleanedGridWoundTowardsTheCamera) {
     EXPECT_EQ(std::memcmp(&glb.buffers.at(0).data.at(view.byteOffset), values->data(), 4 * values->size()), 0);
   }
   EXPECT_EQ(glb.accessors.at(size_t(primitive.indices)).count, clean.triangles.size());
+  std::ofstream(work + "/g/notes.txt") << "kept";  // --replace removes the frames, nothing else
+  ASSERT_EQ(RunZeltoMesh(With(kRedwoodFrame, {"--out", "g", "--replace", "--format", "obj"}), work).exitCode, 0);
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(work + "/g"), {}), 2);
+  EXPECT_TRUE(std::filesystem::exists(work + "/g/frame_000000.obj"));
 }
 
 TEST(ZeltoMesh, PlaybackDeliversEveryRecordedFrameWithItsTimestamp) {

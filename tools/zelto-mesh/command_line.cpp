@@ -108,8 +108,8 @@ void AddRunOptions(CLI::App* run, RunOptions* options) {
       ->type_name("P");
   CLI::Option* playback = run->add_flag(
       "--playback", options->playback,
-      "Play the recording through player_tof_stream at its own pace, frame by frame with its "
-      "timestamps (frame_rate_property 15; needs --input)");
+      "Play the recording through player_tof_stream: its frames in order with their timestamps "
+      "(frame_rate_property 15; needs --input)");
   static const std::map<std::string, MeshLayout> kLayouts = {{"flat", MeshLayout::kFlat},
                                                              {"reference", MeshLayout::kReference}};
   CLI::Option* layout =
@@ -133,7 +133,7 @@ void AddRunOptions(CLI::App* run, RunOptions* options) {
   run->add_flag_callback(
       "--no-player", [options] { options->player = false; },
       "Leave player_tof_stream out of the host configuration (as on a device with no "
-                "recording); --frame-rate 15 then gets no frames");
+                "recording); --playback is then refused, --frame-rate 15 gets no frames");
   run->add_option_function<std::vector<std::string>>(
          "--mask",
          [options](const std::vector<std::string>& texts) {
@@ -165,7 +165,8 @@ void AddRunOptions(CLI::App* run, RunOptions* options) {
       ->type_name("KEY=JSON")
       ->check(CheckWith(ParsePropertySetting));
   run->add_option("--get", options->gets,
-                  "After the run print 'KEY <json>' of this property (repeatable)")
+                  "After the run print 'KEY <json>' of this property (repeatable; a key that does not "
+                  "exist stops the run before the first frame)")
       ->type_name("KEY");
   run->add_flag("--hex", options->hex,
                 "With --get: also print the property's MessagePack bytes as hex");
@@ -216,8 +217,8 @@ int ParseCommandLine(int argc, const char* const* argv, ParsedCommandLine* parse
   run->footer(
       "Properties are set after Open and before Start, in this order: --log-level, "
       "--playback/--layout/--frame-rate, --reduction/--reset-period, --mask*, --set.\n"
-      "Exit status: 0 done, 1 the component failed, 2 bad arguments or recording, "
-      "3 no frame within --timeout.\n"
+      "Exit status: 0 done, 1 the component failed or a file could not be written, 2 bad "
+      "arguments, recording or output target, 3 no frame within --timeout.\n"
       "Every output target is checked before the first frame; each file is written under a "
       "temporary name and renamed when complete.");
   AddRunOptions(run, &parsed->run);
