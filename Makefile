@@ -22,9 +22,10 @@ build-cli: bootstrap
 	cmake --build --preset default -j $(JOBS) --target zelto-mesh
 
 # The main job on its built-in default: the synthetic scene with the
-# "person" mask, PLY meshes, a preview and per-frame statistics in out/.
+# "person" mask, PLY meshes, a preview and per-frame statistics in out/
+# (replacing the meshes of the previous make run).
 run: build-cli
-	$(ZELTO_MESH) run --mask person --out out --preview out/preview.png --stats out/stats.jsonl
+	$(ZELTO_MESH) run --mask person --out out --replace --preview out/preview.png --stats out/stats.jsonl
 
 # The suite twice (normal, then AddressSanitizer + UBSan), then the
 # concurrency suite under ThreadSanitizer, then the suite built for arm64,

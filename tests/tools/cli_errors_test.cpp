@@ -2,6 +2,7 @@
 // one line on stderr, and nothing written.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -18,7 +19,7 @@ const std::string kRedwood = std::string(ZELTO_EXAMPLES_DIR) + "/redwood";
 // `*`: the words of a library (JSON parser, loader, MessagePack); only the program's are pinned.
 TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   const std::string at = FreshDirectory("fixtures");
-  for (const char* name : {"/not_json", "/eight_bit/depth", "/short_cloud/pointcloud", "/lib"}) {
+  for (const char* name : {"/not_json", "/eight_bit/depth", "/short_cloud/pointcloud", "/lib", "/old", "/small"}) {
     std::filesystem::create_directories(at + name);
   }
   const char* camera = R"({"width": 2, "height": 2, "fx": 2, "fy": 2, "cx": 1, "cy": 1})";
@@ -29,6 +30,10 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   ASSERT_TRUE(ZeltoSim::WriteGrayPng(at + "/eight_bit/depth/0.png", 2, 2, 8, samples).ok());
   std::ofstream(at + "/short_cloud/pointcloud/0.bin") << std::string(23, '\0');
   std::ofstream(at + "/lib/libcomponent_zelto_sim.so") << "not a library";
+  std::ofstream(at + "/old/frame_000000.ply") << "an earlier run";
+  std::ofstream(at + "/old/frame_000007.obj") << "an earlier run";
+  // A file size limit stands for a full disk: writes fail with EFBIG, not with a signal.
+  const std::string full_disk = "trap '' XFSZ; ulimit -f 1000; exec \"$0\" \"$@\"";
   const std::tuple<std::vector<std::string>, int, std::string> cases[] = {
       {{"run", "--mask", ":depth"}, 2,
        "error: --mask: ':depth' has no mask name (NAME[:color|:depth][:invert])"},
@@ -41,6 +46,21 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
       {{"run", "--log-level", "loud"}, 2, "error: --log-level: 'loud' is not a log level "
                                           "(verbose, debug, info, warn, error, silent or 2..8)"},
       {{"mesh"}, 2, "error: unknown command 'mesh' (run or info)"},
+      {{"run", "--format", "raw"}, 2, "error: --format raw writes the self-contained flat layout: add "
+       "--layout flat (a reference-layout frame is a record of addresses inside this process)"},
+      {{"run", "--playback"}, 2, "error: --playback plays a recording: add --input DIR"},
+      {{"run", "--input", kRedwood, "--playback", "--layout", "flat"}, 2, "error: --playback delivers "
+       "the reference layout: it cannot be combined with --layout flat"},
+      {{"run", "--max-edge-jump", "-1"}, 2, "error: --max-edge-jump: '-1' is neither a fraction of "
+       "the depth above 0 (such as 0.05) nor off"},
+      {{"run", "--out", at + "/old"}, 2, "error: --out " + at + "/old holds 2 frame files of another "
+       "run (frame_000000.ply ... frame_000007.obj): add --replace to remove them first, or choose "
+       "another --out"},
+      {{"run", "--preview", at}, 2, "error: --preview " + at + ": a directory, expected a file name"},
+      {{"run", "--stats", at + "/old/frame_000000.ply/s.jsonl"}, 2, "error: --stats " + at +
+       "/old/frame_000000.ply/s.jsonl: " + at + "/old/frame_000000.ply is not a directory"},
+      {{"sh", "-c", full_disk, "run", "--input", kRedwood, "--out", at + "/small"}, 1,
+       "error: cannot write " + at + "/small/frame_000000.ply: File too large"},
       {{"run", "--input", at + "/none"}, 2, "error: " + at + "/none: not a directory"},
       {{"run", "--input", at + "/not_json"}, 2,
        "error: " + at + "/not_json/intrinsics.json: invalid JSON: *"},
@@ -56,15 +76,15 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
       {{"run", "--set", "channel_info_property={}"}, 1, "error: set channel_info_property: not "
        "available to set channel_info_property (cause 10, block core)"},
       {{"run", "--set", R"(kZeltoMeshAlgorithmConfigKey={"meshReductionLevel":true})"}, 1,
-       "error: set kZeltoMeshAlgorithmConfigKey: what=*, buffer_size=21, offset=0, "
-       "current=21(0x00) (cause 8, block core)"},
-      {{"run", "--frames", "1", "--format", "none", "--get", "kNo"}, 1,
-       "error: get kNo: property kNo is not registered (cause 4, block core)"},
+       "error: set kZeltoMeshAlgorithmConfigKey: what=*, buffer_size=42, offset=0, "
+       "current=42(0x00) (cause 8, block core)"},
       // The host looks in WEFTCORE_COMPONENT_PATH first: the mesh source's
       // Open fails on its first upstream stream.
       {{"WEFTCORE_COMPONENT_PATH=" + at + "/lib", "run"}, 1, "error: open mesh: cannot load "
        "component library component_zelto_sim: " + at + "/lib/libcomponent_zelto_sim.so: * "
        "(cause 9, block core)"},
+      {{"run", "--frames", "1", "--format", "none", "--get", "kNo", "--preview", "p.png"}, 1,
+       "error: get kNo: property kNo is not registered (cause 4, block core)"},
       {{"run", "--frame-rate", "15", "--timeout", "300", "--format", "none"}, 3,
        "error: no frame from the mesh stream within 300 ms: --frame-rate 15 plays "
        "\"player_tof_stream\", which needs a recording (--input DIR)"},
@@ -75,10 +95,11 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   for (const auto& [arguments, exit_code, line] : cases) {
     SCOPED_TRACE(line);
     const std::string work = FreshDirectory("work");
-    const bool variable = arguments[0].find('=') != std::string::npos;
+    const auto command = std::find_if(arguments.begin(), arguments.end(), [](const std::string& word) {
+      return word == "run" || word == "mesh";  // before it: variables or a wrapper
+    });
     const ProcessResult result =
-        RunZeltoMesh({arguments.begin() + variable, arguments.end()}, work,
-                     {arguments.begin(), arguments.begin() + variable});
+        RunZeltoMesh({command, arguments.end()}, work, {arguments.begin(), command});
     EXPECT_EQ(result.exitCode, exit_code);
     EXPECT_EQ(result.out, "");
     EXPECT_TRUE(std::filesystem::is_empty(work)) << "written before the failure";
@@ -89,6 +110,7 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
     }
     EXPECT_TRUE(std::regex_match(result.err, std::regex(pattern))) << result.err;
   }
+  EXPECT_TRUE(std::filesystem::is_empty(at + "/small")) << "a partial file was left";
 }
 
 }  // namespace

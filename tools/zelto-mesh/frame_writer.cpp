@@ -2,9 +2,10 @@
 #include "frame_writer.h"
 
 #include <cstdio>
+#include <regex>
 
 #include "file_io.h"
-#include "mesh_filter.h"
+#include "glb_writer.h"
 #include "obj_writer.h"
 #include "ply_writer.h"
 
@@ -14,6 +15,7 @@ const char* FormatName(OutputFormat format) {
   switch (format) {
     case OutputFormat::kPly: return "ply";
     case OutputFormat::kObj: return "obj";
+    case OutputFormat::kGlb: return "glb";
     case OutputFormat::kRaw: return "raw";
     case OutputFormat::kNone: return "none";
   }
@@ -28,20 +30,35 @@ std::string FrameFileName(OutputFormat format, int64_t index) {
   return name;
 }
 
+bool IsFrameFileName(const std::string& name) {
+  static const std::regex kPattern("frame_[0-9]+\\.(ply|obj|glb|bin)(\\.partial)?");
+  return std::regex_match(name, kPattern);
+}
+
 bool WriteFrame(const FrameOutput& output, int64_t index, const uint8_t* bytes, size_t size,
-                const Mesh& mesh, std::string* error) {
+                const Mesh& mesh, int64_t* written, std::string* error) {
   if (output.format == OutputFormat::kNone) return true;
   const std::string path = output.directory + "/" + FrameFileName(output.format, index);
-  if (output.format == OutputFormat::kRaw) return WriteFile(path, bytes, size, error);
-  Mesh filtered;
-  const Mesh* shown = &mesh;
-  if (!output.keep_invalid) {
-    filtered = WithoutInvalidDepth(mesh);
-    shown = &filtered;
+  if (output.format == OutputFormat::kRaw) {
+    // A record of addresses means nothing in a file. The options ask for the
+    // flat layout, but a --set of the frame rate property can still undo it.
+    if (mesh.layout != MeshLayout::kFlat) {
+      *error = "cannot write " + path + ": the frame came in the reference layout, and --format "
+               "raw writes only flat frames";
+      return false;
+    }
+    if (!WriteFile(path, bytes, size, error)) return false;
+    *written += static_cast<int64_t>(size);
+    return true;
   }
-  return WriteFile(path,
-                   output.format == OutputFormat::kPly ? EncodePly(*shown) : EncodeObj(*shown),
-                   error);
+  const Surface surface = MakeSurface(mesh, output.cleaning, output.axes);
+  const std::string encoded = output.format == OutputFormat::kPly ? EncodePly(surface, output.axes)
+                              : output.format == OutputFormat::kObj
+                                  ? EncodeObj(surface, output.axes)
+                                  : EncodeGlb(surface);
+  if (!WriteFile(path, encoded, error)) return false;
+  *written += static_cast<int64_t>(encoded.size());
+  return true;
 }
 
 }  // namespace zelto_cli

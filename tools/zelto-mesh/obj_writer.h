@@ -1,12 +1,13 @@
-// Wavefront OBJ: "v x y z" lines, then "f a b c" lines with 1-based indices.
+// Wavefront OBJ: "v x y z" lines (with "r g b" from 0 to 1 when the mesh has
+// colours), "vn" lines, then "f a//a b//b c//c" with 1-based indices.
 #pragma once
 
 #include <string>
 
-#include "mesh.h"
+#include "surface.h"
 
 namespace zelto_cli {
 
-std::string EncodeObj(const Mesh& mesh);
+std::string EncodeObj(const Surface& surface, Axes axes);
 
 }  // namespace zelto_cli

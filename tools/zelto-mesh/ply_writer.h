@@ -1,14 +1,16 @@
-// Binary little-endian PLY: float x y z per vertex, faces as a uchar count
-// and int indices.
+// Binary little-endian PLY: per vertex float x y z, float nx ny nz and, when
+// the mesh has colours, uchar red green blue; faces as a uchar count and int
+// indices.
 #pragma once
 
 #include <string>
 
-#include "mesh.h"
+#include "surface.h"
 
 namespace zelto_cli {
 
-// The whole file: header, then vertex and face records.
-std::string EncodePly(const Mesh& mesh);
+// The whole file: header, then vertex and face records. `axes` names the
+// coordinates in a comment.
+std::string EncodePly(const Surface& surface, Axes axes);
 
 }  // namespace zelto_cli

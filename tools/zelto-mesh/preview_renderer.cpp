@@ -74,7 +74,7 @@ class Rasterizer {
 
   // Fills the pixels whose centres lie inside the triangle and nearer than
   // what is drawn there (larger 1/z), blending the corners' shades.
-  void Fill(const ScreenPoint (&corner)[3], const float (&shade)[3]) {
+  void Fill(const ScreenPoint (&corner)[3], const float (&shade)[3][3]) {
     const ScreenPoint& a = corner[0];
     const ScreenPoint& b = corner[1];
     const ScreenPoint& c = corner[2];
@@ -97,9 +97,9 @@ class Rasterizer {
         const size_t pixel = static_cast<size_t>(y) * image_->width + x;
         if (!(inverse_z > depth_[pixel])) continue;  // also skips NaN
         depth_[pixel] = inverse_z;
-        const float light = wa * shade[0] + wb * shade[1] + wc * shade[2];
         for (int k = 0; k < 3; ++k) {
-          image_->rgb[3 * pixel + k] = static_cast<uint8_t>(kSurface[k] * light);
+          const float value = wa * shade[0][k] + wb * shade[1][k] + wc * shade[2][k];
+          image_->rgb[3 * pixel + k] = static_cast<uint8_t>(std::clamp(value, 0.0f, 255.0f));
         }
       }
     }
@@ -166,9 +166,47 @@ std::vector<Vec3> SmoothVertexNormals(const Mesh& mesh) {
   return normals;
 }
 
+// The mesh as seen from the side viewpoint: turned 55 degrees about the
+// vertical axis through the centre of its valid vertices, looked at from 20
+// degrees above, then moved away until the whole scene is in front of the view.
+Mesh SeenFromTheSide(const Mesh& mesh) {
+  double centre[3] = {0, 0, 0};
+  int64_t count = 0;
+  for (int64_t v = 0; v < mesh.VertexCount(); ++v) {
+    if (IsInvalidVertex(mesh, v)) continue;
+    for (int k = 0; k < 3; ++k) centre[k] += mesh.vertices[static_cast<size_t>(3 * v + k)];
+    ++count;
+  }
+  if (count == 0) return mesh;
+  for (double& c : centre) c /= static_cast<double>(count);
+  constexpr double kDegree = 3.14159265358979 / 180;
+  const double cosine = std::cos(55 * kDegree), sine = std::sin(55 * kDegree);
+  const double tilt_cosine = std::cos(20 * kDegree), tilt_sine = std::sin(20 * kDegree);
+  Mesh turned = mesh;
+  double radius = 0;
+  for (int64_t v = 0; v < mesh.VertexCount(); ++v) {
+    if (IsInvalidVertex(mesh, v)) continue;
+    float* p = &turned.vertices[static_cast<size_t>(3 * v)];
+    const double x = p[0] - centre[0], y = p[1] - centre[1], z = p[2] - centre[2];
+    const double turned_z = sine * x + cosine * z;  // about the vertical axis
+    p[0] = static_cast<float>(cosine * x - sine * z);
+    p[1] = static_cast<float>(tilt_cosine * y - tilt_sine * turned_z);  // then down onto it
+    p[2] = static_cast<float>(tilt_cosine * turned_z + tilt_sine * y);
+    radius = std::max(radius, std::sqrt(x * x + y * y + z * z));
+  }
+  for (int64_t v = 0; v < mesh.VertexCount(); ++v) {
+    if (IsInvalidVertex(mesh, v)) continue;
+    turned.vertices[static_cast<size_t>(3 * v + 2)] += 2.5f * static_cast<float>(radius);
+  }
+  return turned;
+}
+
 }  // namespace
 
-Image RenderPreview(const Mesh& mesh, int width, int height) {
+Image RenderPreview(const Mesh& delivered, int width, int height, PreviewView view) {
+  Mesh side;
+  if (view == PreviewView::kSide) side = SeenFromTheSide(delivered);
+  const Mesh& mesh = view == PreviewView::kSide ? side : delivered;
   Image image;
   image.width = width;
   image.height = height;
@@ -180,12 +218,18 @@ Image RenderPreview(const Mesh& mesh, int width, int height) {
   const std::vector<Vec3> normals = SmoothVertexNormals(mesh);
   // Lambert under a light at the camera: the cosine between the normal and
   // the line of sight.
-  const auto shade = [&](int32_t index) {
+  const bool coloured = mesh.colors.size() == mesh.vertices.size();
+  const auto shade = [&](int32_t index, float (&rgb)[3]) {
     const Vec3 p = VertexAt(mesh, index);
     const Vec3& n = normals[static_cast<size_t>(index)];
     const float lengths = Length(n) * Length(p);
     const float lambert = lengths > 0 ? std::fabs(Dot(n, p)) / lengths : 0;
-    return kAmbient + (1 - kAmbient) * lambert;
+    const float light = kAmbient + (1 - kAmbient) * lambert;
+    for (size_t k = 0; k < 3; ++k) {
+      // Colours keep most of their own brightness; the light shows the shape.
+      rgb[k] = coloured ? mesh.colors[3 * static_cast<size_t>(index) + k] * (0.45f + 0.55f * light)
+                        : kSurface[k] * light;
+    }
   };
   Rasterizer rasterizer(&image);
   for (size_t t = 0; t + 2 < mesh.triangles.size(); t += 3) {
@@ -194,7 +238,8 @@ Image RenderPreview(const Mesh& mesh, int width, int height) {
     const ScreenPoint points[3] = {fit.Project(VertexAt(mesh, corner[0])),
                                    fit.Project(VertexAt(mesh, corner[1])),
                                    fit.Project(VertexAt(mesh, corner[2]))};
-    const float shades[3] = {shade(corner[0]), shade(corner[1]), shade(corner[2])};
+    float shades[3][3];
+    for (int k = 0; k < 3; ++k) shade(corner[k], shades[k]);
     rasterizer.Fill(points, shades);
   }
   return image;

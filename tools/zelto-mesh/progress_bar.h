@@ -1,6 +1,7 @@
 // A one-line progress bar on stderr, drawn only for a person watching.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -15,7 +16,8 @@ class ProgressBar {
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
 
-  void Update(int64_t done, double last_ms);
+  // `done` frames are taken and written.
+  void Update(int64_t done);
   // Erases the bar so that a message can take the line; Update draws it again.
   void Clear();
 
@@ -24,14 +26,21 @@ class ProgressBar {
   bool drawn_ = false;
   int64_t total_;
   std::FILE* stream_;
+  std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };
 
 // True when stderr is a terminal that nothing else writes to: not with
 // --quiet, and not while the component's log goes there.
 bool ShouldShowProgress(bool quiet, bool logging);
 
-// The text of the bar, without the carriage return:
-// "[########----------------]  12/60 frames  3.4 ms".
-std::string ProgressText(int64_t done, int64_t total, double last_ms);
+// The columns of the terminal on stderr, else $COLUMNS, else 80.
+int TerminalColumns();
+
+// The text of the bar, without the carriage return, at most `columns` - 1
+// characters long so that it never wraps:
+// "[########--------]  12/60 frames  8.3 fps  ETA 0:06". The bar takes what
+// the numbers leave (up to 30); the rate and time left count everything since
+// the start, writing included.
+std::string ProgressText(int64_t done, int64_t total, double elapsed_seconds, int columns);
 
 }  // namespace zelto_cli

@@ -29,6 +29,28 @@ weftcore::Status Update(weftcore::Stream* stream, const std::string& key, Edit e
   return Set(stream, key, value, action);
 }
 
+// Reads the record of `setting.key`, changes the fields `setting` names and
+// writes it. A record that JSON cannot carry back unchanged (the integer map
+// keys of "channel_info_property") is sent as given instead.
+weftcore::Status Merge(weftcore::Stream* stream, const PropertySetting& setting,
+                       std::string* action) {
+  *action = "get " + setting.key;
+  std::vector<uint8_t> bytes;
+  weftcore::Status status = GetPropertyBytes(stream, setting.key, &bytes);
+  if (status.IsError()) return status;
+  Json value;
+  try {
+    value = MsgpackToJson(bytes.data(), bytes.size());
+  } catch (const std::exception&) {
+    return Set(stream, setting.key, setting.value, action);
+  }
+  if (!value.is_object() || JsonToMsgpack(value) != bytes) {
+    return Set(stream, setting.key, setting.value, action);
+  }
+  for (const auto& [field, field_value] : setting.value.items()) value[field] = field_value;
+  return Set(stream, setting.key, value, action);
+}
+
 bool RecordingMaskIsColor(const ZeltoSim::Recording* recording, const std::string& name) {
   if (recording != nullptr) {
     for (const ZeltoSim::MaskTrack& track : recording->masks) {
@@ -88,7 +110,7 @@ weftcore::Status ApplyProperties(weftcore::Stream* stream, const RunOptions& opt
     if (status.IsError()) return status;
   }
   for (const PropertySetting& setting : options.settings) {
-    status = Set(stream, setting.key, setting.value, action);
+    status = Merge(stream, setting, action);
     if (status.IsError()) return status;
   }
   return status;

@@ -15,9 +15,9 @@ namespace zelto_cli {
 // Applies, in this order: --log-level (kZeltoLogLevelKey), --frame-rate
 // (frame_rate_property), --reduction/--reset-period
 // (kZeltoMeshAlgorithmConfigKey), --mask/--mask-threshold
-// (kZeltoMeshMaskSettingsKey), then every --set as given. The two records
-// that several options share are read first and only the given fields
-// change. `recording` (null for the synthetic scene) supplies the default
+// (kZeltoMeshMaskSettingsKey), then every --set as given. Every record is
+// read first and only the given fields change, so that a --set of one field
+// keeps the others and what the options before it set. `recording` (null for the synthetic scene) supplies the default
 // mask sources. On failure `action` is "set KEY" or "get KEY".
 weftcore::Status ApplyProperties(weftcore::Stream* stream, const RunOptions& options,
                                  const ZeltoSim::Recording* recording, std::string* action);

@@ -3,17 +3,19 @@
 #include "run_command.h"
 
 #include <chrono>
-#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <map>
 #include <optional>
 
 #include "command_line.h"
+#include "file_io.h"
 #include "frame_record.h"
 #include "log_sink.h"
 #include "mesh_decoding.h"
+#include "mesh_filter.h"
 #include "mesh_session.h"
+#include "output_targets.h"
 #include "png_writer.h"
 #include "preview_renderer.h"
 #include "progress_bar.h"
@@ -34,22 +36,12 @@ int Fail(const std::string& line, int code) {
   return code;
 }
 
-// Creates the directory that will hold `path` (a file), if it names one.
-bool CreateParentDirectory(const std::string& path, std::string* error) {
-  const std::filesystem::path parent = std::filesystem::path(path).parent_path();
-  if (parent.empty()) return true;
-  std::error_code code;
-  std::filesystem::create_directories(parent, code);
-  if (code) *error = "cannot create " + parent.string() + ": " + code.message();
-  return !code;
-}
-
 std::string NoFrameMessage(const RunOptions& options, bool player_mapped, int64_t delivered) {
   std::string line = "error: no frame from the mesh stream within " +
                      std::to_string(options.timeout_ms) + " ms";
   if (delivered > 0) line += " after " + std::to_string(delivered) + " frames";
   const bool playback = options.frame_rate && options.frame_rate->num == 15;
-  if (playback && !player_mapped) {
+  if (playback && !player_mapped) {  // --frame-rate 15; --playback is refused before
     line += options.input.empty()
                 ? ": --frame-rate 15 plays \"player_tof_stream\", which needs a recording (--input DIR)"
                 : ": --frame-rate 15 plays \"player_tof_stream\", which --no-player leaves out";
@@ -91,30 +83,9 @@ int CheckInput(const RunOptions& options, std::optional<ZeltoSim::Recording>* re
   return kExitOk;
 }
 
-// Creates the output directories and opens the statistics file.
-bool PrepareOutputs(const RunOptions& options, std::ofstream* stats_file, std::string* error) {
-  if (options.output.format != OutputFormat::kNone) {
-    std::error_code code;
-    std::filesystem::create_directories(options.output.directory, code);
-    if (code) {
-      *error = "cannot create " + options.output.directory + ": " + code.message();
-      return false;
-    }
-  }
-  if (!options.preview.empty() && !CreateParentDirectory(options.preview, error)) return false;
-  if (!options.stats.empty()) {
-    if (!CreateParentDirectory(options.stats, error)) return false;
-    stats_file->open(options.stats, std::ios::out | std::ios::trunc);
-    if (!*stats_file) {
-      *error = "cannot write " + options.stats;
-      return false;
-    }
-  }
-  return true;
-}
-
 // Takes `frame_goal` frames from the started stream, writing each; keeps
-// their records in `summary` and the last mesh in `last_mesh`.
+// their records and the bytes written in `summary` and the last mesh in
+// `last_mesh`.
 int TakeFrames(weftcore::Stream* stream, const RunOptions& options, bool player_mapped,
                int64_t frame_goal, std::ofstream* stats_file, SummaryInput* summary,
                Mesh* last_mesh) {
@@ -145,8 +116,8 @@ int TakeFrames(weftcore::Stream* stream, const RunOptions& options, bool player_
     // Decode now: the reference layout's arrays live until the call after next.
     const auto* bytes = static_cast<const uint8_t*>(raw.address);
     const bool decoded = status.ok() && DecodeMesh(bytes, raw.size, last_mesh, &error);
-    const bool written =
-        decoded && WriteFrame(options.output, index, bytes, raw.size, *last_mesh, &error);
+    const bool written = decoded && WriteFrame(options.output, index, bytes, raw.size, *last_mesh,
+                                               &summary->bytesWritten, &error);
     const weftcore::Status released = stream->ReleaseFrame(frame);
     const std::string frame_name = "frame " + std::to_string(index);
     if (status.IsError()) return fail(ErrorLine(frame_name, status), kExitFailure);
@@ -162,7 +133,7 @@ int TakeFrames(weftcore::Stream* stream, const RunOptions& options, bool player_
     record.bytes = raw.size;
     if (stats_file->is_open()) *stats_file << StatsLine(record) << "\n";
     summary->frames.push_back(record);
-    progress.Update(index + 1, record.buildMs);
+    progress.Update(index + 1);
   }
   return kExitOk;
 }
@@ -196,6 +167,9 @@ int RunCommand(const RunOptions& options) {
   int64_t frame_goal = 0;
   const int checked = CheckInput(options, &recording, &frame_goal);
   if (checked != kExitOk) return checked;
+  std::string error;
+  if (!CheckOutputTargets(options, &error)) return Fail("error: " + error, kExitUsage);
+  RemovePartialFileOnSignals();
 
   // Log records of the component, from Open on (the sim's "zelto_stream"
   // hands the level to the source at Open). Outlives the session.
@@ -215,9 +189,16 @@ int RunCommand(const RunOptions& options) {
   status = ApplyProperties(session.stream(), options, recording ? &*recording : nullptr, &action);
   if (status.IsError()) return Fail(ErrorLine(action, status), kExitFailure);
 
-  std::string error;
+  // Every --get key is read once before the first frame, so that a typo
+  // costs no run.
+  std::string get_lines;
+  if (!ReadProperties(session.stream(), options, &get_lines, &error)) {
+    return Fail(error, kExitFailure);
+  }
   std::ofstream stats_file;
-  if (!PrepareOutputs(options, &stats_file, &error)) return Fail("error: " + error, kExitFailure);
+  if (!PrepareOutputTargets(options, &stats_file, &error)) {
+    return Fail("error: " + error, kExitFailure);
+  }
 
   status = session.Start();
   if (status.IsError()) return Fail(ErrorLine("start mesh", status), kExitFailure);
@@ -236,7 +217,7 @@ int RunCommand(const RunOptions& options) {
   status = session.Stop();
   if (status.IsError()) return Fail(ErrorLine("stop mesh", status), kExitFailure);
 
-  std::string get_lines;
+  get_lines.clear();
   if (!ReadProperties(session.stream(), options, &get_lines, &error)) {
     return Fail(error, kExitFailure);
   }
@@ -244,9 +225,13 @@ int RunCommand(const RunOptions& options) {
     stats_file.close();
     if (!stats_file) return Fail("error: cannot write " + options.stats, kExitFailure);
   }
-  if (!options.preview.empty() &&
-      !WritePng(options.preview, RenderPreview(last_mesh, kPreviewWidth, kPreviewHeight), &error)) {
-    return Fail("error: " + error, kExitFailure);
+  if (!options.preview.empty()) {
+    // The preview shows what the files hold, apart from the invalid vertices.
+    MeshCleaning cleaning = options.output.cleaning;
+    cleaning.keep_invalid = false;
+    const Image picture = RenderPreview(CleanMesh(last_mesh, cleaning), kPreviewWidth,
+                                        kPreviewHeight, options.preview_view);
+    if (!WritePng(options.preview, picture, &error)) return Fail("error: " + error, kExitFailure);
   }
   std::cout << get_lines;
   if (!options.quiet) std::cout << SummaryText(summary);

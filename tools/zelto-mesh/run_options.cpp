@@ -2,6 +2,7 @@
 #include "run_options.h"
 
 #include <charconv>
+#include <cmath>
 #include <utility>
 
 namespace zelto_cli {
@@ -97,6 +98,54 @@ bool ParsePropertySetting(const std::string& text, PropertySetting* setting, std
     return false;
   }
   *setting = std::move(parsed);
+  return true;
+}
+
+bool ParseEdgeJump(const std::string& text, std::optional<float>* jump, std::string* error) {
+  if (text == "off") {
+    jump->reset();
+    return true;
+  }
+  float value = 0;
+  const char* end = text.data() + text.size();
+  const auto result = std::from_chars(text.data(), end, value);
+  if (result.ec != std::errc() || result.ptr != end || !(value > 0) || !std::isfinite(value)) {
+    *error = "'" + text + "' is neither a fraction of the depth above 0 (such as 0.05) nor off";
+    return false;
+  }
+  *jump = value;
+  return true;
+}
+
+bool ResolveRunOptions(RunOptions* options, std::string* error) {
+  const bool flat = options->layout == MeshLayout::kFlat;
+  if (options->playback && flat) {
+    *error = "--playback delivers the reference layout: it cannot be combined with --layout flat";
+    return false;
+  }
+  if (options->remote && options->layout == MeshLayout::kReference) {
+    *error = "--remote always delivers the flat layout: it cannot be combined with "
+             "--layout reference";
+    return false;
+  }
+  if (options->playback && options->input.empty()) {
+    *error = "--playback plays a recording: add --input DIR";
+    return false;
+  }
+  if (options->playback && !options->player) {
+    *error = "--playback plays \"player_tof_stream\", which --no-player leaves out";
+    return false;
+  }
+  // The frame rate property holds one of the two: 15 plays, 30 is flat.
+  if (options->playback) options->frame_rate = FrameRate{15, 1};
+  if (flat) options->frame_rate = FrameRate{30, 1};
+  const bool flat_bytes =
+      options->remote || (options->frame_rate && options->frame_rate->num == 30);
+  if (options->output.format == OutputFormat::kRaw && !flat_bytes) {
+    *error = "--format raw writes the self-contained flat layout: add --layout flat (a "
+             "reference-layout frame is a record of addresses inside this process)";
+    return false;
+  }
   return true;
 }
 

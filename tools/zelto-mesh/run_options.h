@@ -8,6 +8,7 @@
 
 #include "frame_writer.h"
 #include "json_msgpack.h"
+#include "preview_renderer.h"
 
 namespace zelto_cli {
 
@@ -34,10 +35,13 @@ struct FrameRate {
 struct RunOptions {
   std::string input;            // recording directory; empty: the synthetic scene
   std::optional<int> frames;    // default: the whole recording, or 60 for the scene
-  FrameOutput output{"out", OutputFormat::kPly, false};
+  FrameOutput output;
+  bool replace = false;  // remove another run's frames from output.directory first
   std::optional<int32_t> reduction;
   std::optional<int32_t> reset_period;
-  std::optional<FrameRate> frame_rate;
+  bool playback = false;              // --playback
+  std::optional<MeshLayout> layout;   // --layout
+  std::optional<FrameRate> frame_rate;  // --frame-rate, or what the two above set
   bool remote = false;
   bool player = true;  // map "player_tof_stream" when there is a recording
   std::vector<MaskOption> masks;
@@ -46,6 +50,7 @@ struct RunOptions {
   std::vector<std::string> gets;
   bool hex = false;
   std::string preview;  // PNG path, empty: none
+  PreviewView preview_view = PreviewView::kCamera;
   std::string stats;    // JSON-lines path, empty: none
   bool quiet = false;
   std::optional<int> log_level;
@@ -63,5 +68,12 @@ bool ParseFrameRate(const std::string& text, FrameRate* rate, std::string* error
 bool ParseLogLevel(const std::string& text, int* level, std::string* error);
 // KEY=JSON where JSON is an object.
 bool ParsePropertySetting(const std::string& text, PropertySetting* setting, std::string* error);
+// "off" (no limit) or a fraction above 0.
+bool ParseEdgeJump(const std::string& text, std::optional<float>* jump, std::string* error);
+
+// The checks that span several options, and the frame rate that --playback
+// and --layout stand for. False with a one-line `error` when the options
+// contradict each other or ask for what cannot be written.
+bool ResolveRunOptions(RunOptions* options, std::string* error);
 
 }  // namespace zelto_cli

@@ -55,9 +55,10 @@ std::string SummaryText(const SummaryInput& input) {
   if (!frames.empty()) {
     text += Row("vertices per frame", CountRange(frames, &FrameRecord::vertexCount));
     text += Row("triangles per frame", CountRange(frames, &FrameRecord::triangleCount));
-    char median[48];
-    std::snprintf(median, sizeof median, "%.1f ms per frame", MedianBuildMs(frames));
-    text += Row("median time", median);
+    char median[64];
+    std::snprintf(median, sizeof median, "%.1f ms per frame, writing not included",
+                  MedianBuildMs(frames));
+    text += Row("median GetFrame", median);
     char rate[48];
     std::snprintf(rate, sizeof rate, "%.1f frames per second", FramesPerSecond(input));
     text += Row("frame rate", rate);
@@ -68,6 +69,10 @@ std::string SummaryText(const SummaryInput& input) {
     const std::string last =
         input.output.directory + "/" + FrameFileName(input.output.format, frames.back().index);
     text += Row("meshes", frames.size() == 1 ? first : first + " ... " + last);
+    char megabytes[32];
+    std::snprintf(megabytes, sizeof megabytes, "%.1f MB",
+                  static_cast<double>(input.bytesWritten) / 1e6);
+    text += Row("written", megabytes);
   }
   if (!input.preview.empty()) text += Row("preview", input.preview);
   if (!input.stats.empty()) text += Row("statistics", input.stats);
