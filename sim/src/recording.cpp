@@ -2,12 +2,16 @@
 // that playback never meets a malformed file it could have reported.
 #include "zelto_sim/recording.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 #include "directory_listing.h"
 #include "json_file.h"
 #include "recording_metadata.h"
 #include "sim_error.h"
+#include "timestamp_lists.h"
+#include "zelto_sim/color_image.h"
 #include "zelto_sim/png_io.h"
 
 namespace ZeltoSim {
@@ -35,6 +39,7 @@ weftcore::Status CheckDepthSize(const std::string& path, const PngInfo& info,
 weftcore::Status CheckDepthPng(const std::string& path, const Intrinsics& intrinsics) {
   PngInfo info;
   weftcore::Status status = ReadPngInfo(path, &info);
+  if (status.ok()) status = CheckPngChunks(path);
   if (status.IsError()) return status;
   if (info.bitDepth != 16 || info.colorType != 0) {
     return Invalid(path + ": " + DescribePngFormat(info) + " PNG, expected 16-bit grayscale");
@@ -70,6 +75,10 @@ weftcore::Status LoadFrames(const std::string& directory, Recording* recording) 
   }
   recording->format = depth.empty() ? FrameFormat::kPointCloud : FrameFormat::kDepthPng;
   recording->frameFiles = depth.empty() ? clouds : depth;
+  return weftcore::Status();
+}
+
+weftcore::Status CheckFrames(const Recording* recording) {
   for (const std::string& path : recording->frameFiles) {
     weftcore::Status status = recording->format == FrameFormat::kDepthPng
                                   ? CheckDepthPng(path, recording->intrinsics)
@@ -131,7 +140,102 @@ weftcore::Status LoadMasks(const std::string& directory, Recording* recording) {
   return weftcore::Status();
 }
 
+// depth.txt gives the frames and their times, rgb.txt (optional) the colour
+// images to pick from; the folders they name are not listed.
+weftcore::Status LoadLists(const std::string& directory, Recording* recording) {
+  for (const char* clash : {"/timestamps.txt", "/pointcloud"}) {
+    if (std::filesystem::exists(directory + clash)) {
+      return Invalid(directory + clash + ": not used beside depth.txt, which lists the frames "
+                                         "and their times; remove one");
+    }
+  }
+  std::vector<TimedFile> depth;
+  weftcore::Status status = ParseTimestampList(directory + "/depth.txt", directory, &depth);
+  if (status.ok() && depth.empty()) status = Invalid(directory + "/depth.txt: lists no frames");
+  if (status.IsError()) return status;
+  for (const TimedFile& entry : depth) {
+    recording->frameFiles.push_back(entry.path);
+    recording->timestamps.push_back(entry.nanoseconds);
+  }
+  const std::string rgbList = directory + "/rgb.txt";
+  if (!IsRegularFile(rgbList)) return weftcore::Status();
+  std::vector<TimedFile> rgb;
+  status = ParseTimestampList(rgbList, directory, &rgb);
+  if (status.IsError()) return status;
+  size_t unmatched = 0;
+  for (const size_t match : MatchNearest(recording->timestamps, rgb, kColorMatchNs)) {
+    recording->colorFiles.push_back(match < rgb.size() ? rgb[match].path : std::string());
+    unmatched += match == rgb.size();
+  }
+  if (unmatched > 0) {
+    recording->warnings.push_back(rgbList + ": no colour image within " +
+                                  std::to_string(kColorMatchNs / 1000000) + " ms of " +
+                                  std::to_string(unmatched) + " of " +
+                                  std::to_string(depth.size()) + " depth frames");
+  }
+  return weftcore::Status();
+}
+
+// color/ or rgb/: one image per frame, in the frames' order.
+weftcore::Status ListColorFiles(const std::string& directory, Recording* recording) {
+  std::string found;
+  for (const char* name : {"/color", "/rgb"}) {
+    const std::string folder = directory + name;
+    std::vector<std::string> files = ListFiles(folder, {".png", ".jpg", ".jpeg"});
+    if (files.empty()) continue;
+    if (!found.empty()) return Invalid(directory + ": both color/ and rgb/ hold images; keep one");
+    found = folder;
+    if (files.size() != recording->frameFiles.size()) {
+      return Invalid(folder + ": " + std::to_string(files.size()) + " colour images for " +
+                     std::to_string(recording->frameFiles.size()) + " frames");
+    }
+    recording->colorFiles = std::move(files);
+  }
+  return weftcore::Status();
+}
+
+// Every colour image is read once through (a damaged one is named now, not
+// halfway through a run); they share one size, which the calibration's
+// colour camera must have, or the depth camera's when there is no calibration.
+weftcore::Status CheckColorFiles(Recording* recording) {
+  const ZeltoTof::ZeltoTofCalibrationSettingsProperty_& calibration = recording->calibration;
+  const std::string expected = recording->hasCalibrationFile ? "calibration.json says "
+                                                             : "the depth images are ";
+  for (const std::string& path : recording->colorFiles) {
+    if (path.empty()) continue;
+    uint32_t width = 0, height = 0;
+    weftcore::Status status = CheckColorImage(path, &width, &height);
+    if (status.IsError()) return status;
+    if (width != static_cast<uint32_t>(calibration.colorWidth) ||
+        height != static_cast<uint32_t>(calibration.colorHeight)) {
+      return Invalid(path + ": " + SizeText(width, height) + " pixels, " + expected +
+                     SizeText(calibration.colorWidth, calibration.colorHeight));
+    }
+    recording->colorWidth = width;
+    recording->colorHeight = height;
+  }
+  return weftcore::Status();
+}
+
+// The camera JSON under either name; both at once would be ambiguous.
+weftcore::Status FindIntrinsicsFile(const std::string& directory, std::string* path) {
+  const std::string main = directory + "/intrinsics.json", other = directory + "/camera.json";
+  const bool hasMain = IsRegularFile(main), hasOther = IsRegularFile(other);
+  if (hasMain && hasOther) return Invalid(other + ": intrinsics.json describes the camera too; keep one");
+  if (hasMain || hasOther) {
+    *path = hasMain ? main : other;
+    return weftcore::Status();
+  }
+  const bool lists = IsRegularFile(directory + "/depth.txt");
+  return SimError(weftcore::kCauseNotFound,
+                  main + ": missing" +
+                      (lists ? " (depth.txt lists carry no camera: write its width, height and "
+                               "intrinsic_matrix or fx, fy, cx, cy here)"
+                             : ""));
+}
+
 weftcore::Status LoadTimestamps(const std::string& directory, Recording* recording) {
+  if (!recording->timestamps.empty()) return weftcore::Status();  // from depth.txt
   const std::string path = directory + "/timestamps.txt";
   const size_t count = recording->frameFiles.size();
   if (IsRegularFile(path)) return ParseTimestampsFile(path, count, &recording->timestamps);
@@ -167,6 +271,18 @@ weftcore::Status ReadPointCloudFile(const std::string& path, const Intrinsics& i
   return weftcore::Status();
 }
 
+// Points outside near .. far (compared in the point's own millimetres) become
+// (0, 0, 0), the point the mesh source treats as not measured.
+void ClipDepth(const Intrinsics& intrinsics, std::vector<int16_t>* points) {
+  if (intrinsics.near <= 0 && intrinsics.far <= 0) return;
+  const double near = intrinsics.near * 1000.0;
+  const double far = intrinsics.far > 0 ? intrinsics.far * 1000.0 : 32767.0;
+  for (size_t i = 0; i + 2 < points->size(); i += 3) {
+    const int16_t z = (*points)[i + 2];
+    if (z < near || z > far) std::fill_n(points->begin() + static_cast<std::ptrdiff_t>(i), 3, 0);
+  }
+}
+
 }  // namespace
 
 weftcore::Status LoadRecording(const std::string& directory, Recording* recording) {
@@ -175,14 +291,19 @@ weftcore::Status LoadRecording(const std::string& directory, Recording* recordin
   if (!IsDirectory(directory)) {
     return SimError(weftcore::kCauseNotFound, directory + ": not a directory");
   }
-  const std::string intrinsicsPath = directory + "/intrinsics.json";
-  if (!IsRegularFile(intrinsicsPath)) {
-    return SimError(weftcore::kCauseNotFound, intrinsicsPath + ": missing");
+  const bool lists = IsRegularFile(directory + "/depth.txt");
+  std::string intrinsicsPath;
+  weftcore::Status status = FindIntrinsicsFile(directory, &intrinsicsPath);
+  if (lists) recording->intrinsics.depthScale = kListLayoutDepthScale;
+  if (status.ok()) {
+    status = ParseIntrinsicsFile(intrinsicsPath, &recording->intrinsics, &recording->warnings);
   }
-  weftcore::Status status = ParseIntrinsicsFile(intrinsicsPath, &recording->intrinsics);
-  if (status.ok()) status = LoadFrames(directory, recording);
+  if (status.ok()) status = lists ? LoadLists(directory, recording) : LoadFrames(directory, recording);
+  if (status.ok()) status = CheckFrames(recording);
+  if (status.ok() && !lists) status = ListColorFiles(directory, recording);
   if (status.ok()) status = LoadTimestamps(directory, recording);
   if (status.ok()) status = LoadCalibration(directory, recording);
+  if (status.ok()) status = CheckColorFiles(recording);
   if (status.ok()) status = LoadMasks(directory, recording);
   return status;
 }
@@ -195,17 +316,34 @@ weftcore::Status ReadPointCloudFrame(const Recording& recording, size_t index,
   }
   const std::string& path = recording.frameFiles[index];
   const Intrinsics& intrinsics = recording.intrinsics;
+  weftcore::Status status;
   if (recording.format == FrameFormat::kPointCloud) {
-    return ReadPointCloudFile(path, intrinsics, points);
+    status = ReadPointCloudFile(path, intrinsics, points);
+  } else {
+    PngInfo info;
+    std::vector<uint16_t> depth;
+    status = ReadGray16Png(path, &info, &depth);
+    if (status.ok()) status = CheckDepthSize(path, info, intrinsics);
+    if (status.IsError()) return status;
+    points->resize(depth.size() * 3);
+    DepthImageToPointCloud(depth.data(), intrinsics, points->data());
   }
-  PngInfo info;
-  std::vector<uint16_t> depth;
-  weftcore::Status status = ReadGray16Png(path, &info, &depth);
-  if (status.ok()) status = CheckDepthSize(path, info, intrinsics);
-  if (status.IsError()) return status;
-  points->resize(depth.size() * 3);
-  DepthImageToPointCloud(depth.data(), intrinsics, points->data());
-  return weftcore::Status();
+  if (status.ok()) ClipDepth(intrinsics, points);
+  return status;
+}
+
+weftcore::Status ReadColorFrame(const Recording& recording, size_t index, ColorImage* image) {
+  if (index >= recording.colorFiles.size() || recording.colorFiles[index].empty()) {
+    return SimError(weftcore::kCauseNotFound,
+                    recording.directory + ": frame " + std::to_string(index) + " has no colour image");
+  }
+  weftcore::Status status = ReadColorImage(recording.colorFiles[index], image);
+  if (status.ok() && (image->width != recording.colorWidth || image->height != recording.colorHeight)) {
+    status = Invalid(recording.colorFiles[index] + ": " + SizeText(image->width, image->height) +
+                     " pixels, the recording's colour images are " +
+                     SizeText(recording.colorWidth, recording.colorHeight));
+  }
+  return status;
 }
 
 weftcore::Status ReadMaskFrame(const MaskTrack& track, size_t index, std::vector<uint8_t>* bytes) {

@@ -1,0 +1,29 @@
+// The timestamp-list layout: depth.txt and rgb.txt name the images of a
+// recording with the time each was taken.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "weftcore/status.h"
+
+namespace ZeltoSim {
+
+struct TimedFile {
+  uint64_t nanoseconds = 0;
+  std::string path;  // the directory joined with the listed name
+};
+
+// "seconds name" lines in file order; blank lines and lines starting with '#'
+// are skipped. Errors name the list and the line.
+weftcore::Status ParseTimestampList(const std::string& path, const std::string& directory,
+                                    std::vector<TimedFile>* entries);
+
+// For each time of `frames`, the index into `images` of the entry nearest in
+// time (the earlier one on a tie), or images.size() when none is within
+// `tolerance` nanoseconds.
+std::vector<size_t> MatchNearest(const std::vector<uint64_t>& frames,
+                                 const std::vector<TimedFile>& images, uint64_t tolerance);
+
+}  // namespace ZeltoSim
