@@ -18,7 +18,8 @@ const std::string kRedwood = std::string(ZELTO_EXAMPLES_DIR) + "/redwood";
 // `*`: the words of a library (JSON parser, loader, MessagePack); only the program's are pinned.
 TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   const std::string at = FreshDirectory("fixtures");
-  for (const char* name : {"/not_json", "/eight_bit/depth", "/short_cloud/pointcloud", "/lib"}) {
+  for (const char* name : {"/not_json", "/eight_bit/depth", "/short_cloud/pointcloud", "/lib",
+                           "/odd_color/color", "/cut_jpeg/rgb", "/lists"}) {
     std::filesystem::create_directories(at + name);
   }
   const char* camera = R"({"width": 2, "height": 2, "fx": 2, "fy": 2, "cx": 1, "cy": 1})";
@@ -29,6 +30,19 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   ASSERT_TRUE(ZeltoSim::WriteGrayPng(at + "/eight_bit/depth/0.png", 2, 2, 8, samples).ok());
   std::ofstream(at + "/short_cloud/pointcloud/0.bin") << std::string(23, '\0');
   std::ofstream(at + "/lib/libcomponent_zelto_sim.so") << "not a library";
+  const uint16_t depth[4] = {1000, 1000, 1000, 1000};
+  for (const char* name : {"/damaged", "/odd_color", "/cut_jpeg"}) {
+    std::filesystem::create_directories(at + name + "/depth");
+    std::ofstream(at + name + "/intrinsics.json") << camera;
+    ASSERT_TRUE(ZeltoSim::WriteGrayPng(at + name + "/depth/0.png", 2, 2, 16, depth).ok());
+  }
+  std::string png = ReadFileBytes(at + "/damaged/depth/0.png");
+  png[45] ^= 1;  // in the compressed image data, as a flipped bit on disk would be
+  std::ofstream(at + "/damaged/depth/0.png", std::ios::binary) << png;
+  ASSERT_TRUE(ZeltoSim::WriteGrayPng(at + "/odd_color/color/0.png", 3, 1, 8, samples).ok());
+  std::ofstream(at + "/cut_jpeg/rgb/0.jpg", std::ios::binary)
+      << ReadFileBytes(kRedwood + "/color/00000.jpg").substr(0, 5000);
+  std::ofstream(at + "/lists/depth.txt") << "0.5 depth/0.png\n";
   const std::tuple<std::vector<std::string>, int, std::string> cases[] = {
       {{"run", "--mask", ":depth"}, 2,
        "error: --mask: ':depth' has no mask name (NAME[:color|:depth][:invert])"},
@@ -48,6 +62,19 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
        "error: " + at + "/eight_bit/depth/0.png: 8-bit grayscale PNG, expected 16-bit grayscale"},
       {{"run", "--input", at + "/short_cloud"}, 2,
        "error: " + at + "/short_cloud/pointcloud/0.bin: 23 bytes, expected 24 (2 x 2 x 6)"},
+      {{"run", "--input", at + "/damaged"}, 2, "error: " + at + "/damaged/depth/0.png: damaged "
+       "PNG (bad CRC in the IDAT chunk at byte 33)"},
+      {{"run", "--input", at + "/odd_color"}, 2, "error: " + at + "/odd_color/color/0.png: 3 x 1 "
+       "pixels, the depth images are 2 x 2"},
+      {{"run", "--input", at + "/cut_jpeg"}, 2,
+       "error: " + at + "/cut_jpeg/rgb/0.jpg: damaged JPEG (no end marker)"},
+      {{"run", "--input", at + "/lists"}, 2, "error: " + at + "/lists/intrinsics.json: missing "
+       "(depth.txt lists carry no camera: write its width, height and intrinsic_matrix or fx, fy, "
+       "cx, cy here)"},
+      {{"run", "--mask", "nose"}, 2,
+       "error: --mask nose: not a mask of the synthetic scene; known masks: floor, person"},
+      {{"run", "--input", kRedwood, "--mask", "person"}, 2,
+       "error: --mask person: not a mask of " + kRedwood + "; it has no masks"},
       {{"run", "--input", kRedwood, "--frames", "6"}, 2,
        "error: --frames 6: " + kRedwood + " has 5 frames"},
       // The component's own text is pinned where clients meet it, with the properties.

@@ -1,11 +1,13 @@
 // The pieces of zelto-mesh whose faults a run would hide: the MessagePack a
-// --set sends and a --get prints, and the PLY bytes of a filtered mesh.
+// --set sends and a --get prints, the PLY bytes of a filtered mesh, and the
+// colour a vertex takes.
 #include <gtest/gtest.h>
 
 #include "json_msgpack.h"
 #include "mesh_filter.h"
 #include "ply_writer.h"
 #include "support/bytes.h"
+#include "vertex_colors.h"
 
 namespace zelto_cli {
 namespace {
@@ -46,6 +48,28 @@ TEST(PlyWriter, WritesTheMeshWithoutTheInvalidVertices) {
                          .F32Bits({0x3f000000, 0, 0x42000000, 0, 0x3f000000, 0x4200020c, 0x3f000000,
                                    0x3f000000, 0x40000000}).U8(3).I32s({0, 2, 1}).bytes();
   EXPECT_EQ(Hex(Raw(EncodePly(WithoutInvalidDepth(mesh)))), Hex(Cat({Raw(header), body})));
+}
+
+// Pixels read from examples/redwood/color/00002.jpg by djpeg, the positions worked out in
+// double precision (column floor(319.5 + 525 x / z), row floor(239.5 + 525 y / z)): frame 2's
+// image, column before row, and the inverse of R (here colour = depth turned 90 degrees).
+TEST(VertexColors, TakeThePixelTheVertexProjectsTo) {
+  ZeltoSim::Recording recording;
+  ASSERT_TRUE(ZeltoSim::LoadRecording(std::string(ZELTO_EXAMPLES_DIR) + "/redwood", &recording).ok());
+  Mesh mesh;
+  mesh.vertices = {0, 0, 1, -0.6f, -0.45f, 1, 0.6f, 0.45f, 1, 2, 0, 1};  // columns 319, 4, 634, 1369
+  std::string error;
+  ASSERT_TRUE(ColorizeMesh(recording, 2, &mesh, &error)) << error;
+  EXPECT_EQ(mesh.colors, std::vector<uint8_t>({255, 255, 255, 177, 231, 255, 119, 82, 55,
+                                               kNoColor, kNoColor, kNoColor}));
+  ZeltoTof::Matrix_& r = recording.calibration.R;
+  r = {};
+  r.b = -1;
+  r.d = 1;
+  r.i = 1;
+  mesh.vertices = {0.45f, -0.6f, 1};  // turned back onto column 4, row 3
+  ASSERT_TRUE(ColorizeMesh(recording, 2, &mesh, &error)) << error;
+  EXPECT_EQ(mesh.colors, std::vector<uint8_t>({177, 231, 255}));
 }
 
 }  // namespace

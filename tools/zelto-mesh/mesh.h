@@ -15,6 +15,7 @@ constexpr float kInvalidDepthMetres = 32.001f;
 struct Mesh {
   std::vector<float> vertices;    // x, y, z per vertex, metres
   std::vector<int32_t> triangles;  // three vertex indices per triangle
+  std::vector<uint8_t> colors;   // red, green, blue per vertex; empty without colour images
   bool resetTriangle = false;
   MeshLayout layout = MeshLayout::kFlat;
 
