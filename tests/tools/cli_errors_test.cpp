@@ -43,6 +43,14 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   std::ofstream(at + "/cut_jpeg/rgb/0.jpg", std::ios::binary)
       << ReadFileBytes(kRedwood + "/color/00000.jpg").substr(0, 5000);
   std::ofstream(at + "/lists/depth.txt") << "0.5 depth/0.png\n";
+  // Intact markers and header around garbled image data: found only by decoding, mid-run.
+  std::filesystem::create_directories(at + "/garbled/depth");
+  std::filesystem::create_directories(at + "/garbled/color");
+  std::filesystem::copy(kRedwood + "/intrinsics.json", at + "/garbled/");
+  std::filesystem::copy(kRedwood + "/depth/00000.png", at + "/garbled/depth/");
+  std::string jpeg = ReadFileBytes(kRedwood + "/color/00000.jpg");
+  jpeg.replace(20000, 400, 400, '\xab');
+  std::ofstream(at + "/garbled/color/0.jpg", std::ios::binary) << jpeg;
   const std::tuple<std::vector<std::string>, int, std::string> cases[] = {
       {{"run", "--mask", ":depth"}, 2,
        "error: --mask: ':depth' has no mask name (NAME[:color|:depth][:invert])"},
@@ -71,6 +79,8 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
       {{"run", "--input", at + "/lists"}, 2, "error: " + at + "/lists/intrinsics.json: missing "
        "(depth.txt lists carry no camera: write its width, height and intrinsic_matrix or fx, fy, "
        "cx, cy here)"},
+      {{"run", "--input", at + "/garbled", "--format", "none"}, 2,
+       "error: frame 0: " + at + "/garbled/color/0.jpg: damaged JPEG (*)"},
       {{"run", "--mask", "nose"}, 2,
        "error: --mask nose: not a mask of the synthetic scene; known masks: floor, person"},
       {{"run", "--input", kRedwood, "--mask", "person"}, 2,
