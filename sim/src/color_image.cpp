@@ -18,10 +18,6 @@ namespace {
 // Larger images are refused before any allocation, as for depth PNGs.
 constexpr uint32_t kMaxDimension = 16384;
 
-weftcore::Status Invalid(const std::string& message) {
-  return SimError(weftcore::kCauseInvalidArgument, message);
-}
-
 weftcore::Status ReadBytes(const std::string& path, std::vector<unsigned char>* bytes) {
   std::ifstream file(path, std::ios::binary);
   if (!file) {

@@ -83,7 +83,9 @@ std::vector<std::string> ListFiles(const std::string& directory,
       [&extensions](const fs::directory_entry& entry) {
         std::error_code error;
         std::string extension = entry.path().extension().string();
-        for (char& c : extension) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        for (char& c : extension) {
+          c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+        }
         return entry.is_regular_file(error) &&
                std::find(extensions.begin(), extensions.end(), extension) != extensions.end();
       },

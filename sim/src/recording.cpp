@@ -3,27 +3,18 @@
 #include "zelto_sim/recording.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <fstream>
 
 #include "directory_listing.h"
 #include "json_file.h"
 #include "recording_metadata.h"
 #include "sim_error.h"
+#include "recording_color.h"
 #include "timestamp_lists.h"
-#include "zelto_sim/color_image.h"
 #include "zelto_sim/png_io.h"
 
 namespace ZeltoSim {
 namespace {
-
-std::string SizeText(uint32_t width, uint32_t height) {
-  return std::to_string(width) + " x " + std::to_string(height);
-}
-
-weftcore::Status Invalid(const std::string& message) {
-  return SimError(weftcore::kCauseInvalidArgument, message);
-}
 
 weftcore::Status CheckDepthSize(const std::string& path, const PngInfo& info,
                                 const Intrinsics& intrinsics) {
@@ -140,88 +131,13 @@ weftcore::Status LoadMasks(const std::string& directory, Recording* recording) {
   return weftcore::Status();
 }
 
-// depth.txt gives the frames and their times, rgb.txt (optional) the colour
-// images to pick from; the folders they name are not listed.
-weftcore::Status LoadLists(const std::string& directory, Recording* recording) {
-  for (const char* clash : {"/timestamps.txt", "/pointcloud"}) {
-    if (std::filesystem::exists(directory + clash)) {
-      return Invalid(directory + clash + ": not used beside depth.txt, which lists the frames "
-                                         "and their times; remove one");
-    }
-  }
-  std::vector<TimedFile> depth;
-  weftcore::Status status = ParseTimestampList(directory + "/depth.txt", directory, &depth);
-  if (status.ok() && depth.empty()) status = Invalid(directory + "/depth.txt: lists no frames");
-  if (status.IsError()) return status;
-  for (const TimedFile& entry : depth) {
-    recording->frameFiles.push_back(entry.path);
-    recording->timestamps.push_back(entry.nanoseconds);
-  }
-  const std::string rgbList = directory + "/rgb.txt";
-  if (!IsRegularFile(rgbList)) return weftcore::Status();
-  std::vector<TimedFile> rgb;
-  status = ParseTimestampList(rgbList, directory, &rgb);
-  if (status.IsError()) return status;
-  size_t unmatched = 0;
-  for (const size_t match : MatchNearest(recording->timestamps, rgb, kColorMatchNs)) {
-    recording->colorFiles.push_back(match < rgb.size() ? rgb[match].path : std::string());
-    unmatched += match == rgb.size();
-  }
-  if (unmatched > 0) {
-    recording->warnings.push_back(rgbList + ": no colour image within " +
-                                  std::to_string(kColorMatchNs / 1000000) + " ms of " +
-                                  std::to_string(unmatched) + " of " +
-                                  std::to_string(depth.size()) + " depth frames");
-  }
-  return weftcore::Status();
-}
-
-// color/ or rgb/: one image per frame, in the frames' order.
-weftcore::Status ListColorFiles(const std::string& directory, Recording* recording) {
-  std::string found;
-  for (const char* name : {"/color", "/rgb"}) {
-    const std::string folder = directory + name;
-    std::vector<std::string> files = ListFiles(folder, {".png", ".jpg", ".jpeg"});
-    if (files.empty()) continue;
-    if (!found.empty()) return Invalid(directory + ": both color/ and rgb/ hold images; keep one");
-    found = folder;
-    if (files.size() != recording->frameFiles.size()) {
-      return Invalid(folder + ": " + std::to_string(files.size()) + " colour images for " +
-                     std::to_string(recording->frameFiles.size()) + " frames");
-    }
-    recording->colorFiles = std::move(files);
-  }
-  return weftcore::Status();
-}
-
-// Every colour image is read once through (a damaged one is named now, not
-// halfway through a run); they share one size, which the calibration's
-// colour camera must have, or the depth camera's when there is no calibration.
-weftcore::Status CheckColorFiles(Recording* recording) {
-  const ZeltoTof::ZeltoTofCalibrationSettingsProperty_& calibration = recording->calibration;
-  const std::string expected = recording->hasCalibrationFile ? "calibration.json says "
-                                                             : "the depth images are ";
-  for (const std::string& path : recording->colorFiles) {
-    if (path.empty()) continue;
-    uint32_t width = 0, height = 0;
-    weftcore::Status status = CheckColorImage(path, &width, &height);
-    if (status.IsError()) return status;
-    if (width != static_cast<uint32_t>(calibration.colorWidth) ||
-        height != static_cast<uint32_t>(calibration.colorHeight)) {
-      return Invalid(path + ": " + SizeText(width, height) + " pixels, " + expected +
-                     SizeText(calibration.colorWidth, calibration.colorHeight));
-    }
-    recording->colorWidth = width;
-    recording->colorHeight = height;
-  }
-  return weftcore::Status();
-}
-
 // The camera JSON under either name; both at once would be ambiguous.
 weftcore::Status FindIntrinsicsFile(const std::string& directory, std::string* path) {
   const std::string main = directory + "/intrinsics.json", other = directory + "/camera.json";
   const bool hasMain = IsRegularFile(main), hasOther = IsRegularFile(other);
-  if (hasMain && hasOther) return Invalid(other + ": intrinsics.json describes the camera too; keep one");
+  if (hasMain && hasOther) {
+    return Invalid(other + ": intrinsics.json describes the camera too; keep one");
+  }
   if (hasMain || hasOther) {
     *path = hasMain ? main : other;
     return weftcore::Status();
@@ -298,7 +214,9 @@ weftcore::Status LoadRecording(const std::string& directory, Recording* recordin
   if (status.ok()) {
     status = ParseIntrinsicsFile(intrinsicsPath, &recording->intrinsics, &recording->warnings);
   }
-  if (status.ok()) status = lists ? LoadLists(directory, recording) : LoadFrames(directory, recording);
+  if (status.ok()) {
+    status = lists ? LoadTimestampLists(directory, recording) : LoadFrames(directory, recording);
+  }
   if (status.ok()) status = CheckFrames(recording);
   if (status.ok() && !lists) status = ListColorFiles(directory, recording);
   if (status.ok()) status = LoadTimestamps(directory, recording);
@@ -329,20 +247,6 @@ weftcore::Status ReadPointCloudFrame(const Recording& recording, size_t index,
     DepthImageToPointCloud(depth.data(), intrinsics, points->data());
   }
   if (status.ok()) ClipDepth(intrinsics, points);
-  return status;
-}
-
-weftcore::Status ReadColorFrame(const Recording& recording, size_t index, ColorImage* image) {
-  if (index >= recording.colorFiles.size() || recording.colorFiles[index].empty()) {
-    return SimError(weftcore::kCauseNotFound,
-                    recording.directory + ": frame " + std::to_string(index) + " has no colour image");
-  }
-  weftcore::Status status = ReadColorImage(recording.colorFiles[index], image);
-  if (status.ok() && (image->width != recording.colorWidth || image->height != recording.colorHeight)) {
-    status = Invalid(recording.colorFiles[index] + ": " + SizeText(image->width, image->height) +
-                     " pixels, the recording's colour images are " +
-                     SizeText(recording.colorWidth, recording.colorHeight));
-  }
   return status;
 }
 

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <sstream>
 
+#include "directory_listing.h"
 #include "recording_metadata.h"
 #include "sim_error.h"
 
@@ -49,6 +50,40 @@ std::vector<size_t> MatchNearest(const std::vector<uint64_t>& frames,
     }
   }
   return matches;
+}
+
+weftcore::Status LoadTimestampLists(const std::string& directory, Recording* recording) {
+  for (const char* clash : {"/timestamps.txt", "/pointcloud"}) {
+    if (IsRegularFile(directory + clash) || IsDirectory(directory + clash)) {
+      return Invalid(directory + clash + ": not used beside depth.txt, which lists the frames "
+                                         "and their times; remove one");
+    }
+  }
+  std::vector<TimedFile> depth;
+  weftcore::Status status = ParseTimestampList(directory + "/depth.txt", directory, &depth);
+  if (status.ok() && depth.empty()) status = Invalid(directory + "/depth.txt: lists no frames");
+  if (status.IsError()) return status;
+  for (const TimedFile& entry : depth) {
+    recording->frameFiles.push_back(entry.path);
+    recording->timestamps.push_back(entry.nanoseconds);
+  }
+  const std::string rgbList = directory + "/rgb.txt";
+  if (!IsRegularFile(rgbList)) return weftcore::Status();
+  std::vector<TimedFile> rgb;
+  status = ParseTimestampList(rgbList, directory, &rgb);
+  if (status.IsError()) return status;
+  size_t unmatched = 0;
+  for (const size_t match : MatchNearest(recording->timestamps, rgb, kColorMatchNs)) {
+    recording->colorFiles.push_back(match < rgb.size() ? rgb[match].path : std::string());
+    unmatched += match == rgb.size();
+  }
+  if (unmatched > 0) {
+    recording->warnings.push_back(rgbList + ": no colour image within " +
+                                  std::to_string(kColorMatchNs / 1000000) + " ms of " +
+                                  std::to_string(unmatched) + " of " +
+                                  std::to_string(depth.size()) + " depth frames");
+  }
+  return weftcore::Status();
 }
 
 }  // namespace ZeltoSim

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "weftcore/status.h"
+#include "zelto_sim/recording.h"
 
 namespace ZeltoSim {
 
@@ -25,5 +26,11 @@ weftcore::Status ParseTimestampList(const std::string& path, const std::string& 
 // `tolerance` nanoseconds.
 std::vector<size_t> MatchNearest(const std::vector<uint64_t>& frames,
                                  const std::vector<TimedFile>& images, uint64_t tolerance);
+
+// depth.txt gives the frames (depth PNGs) and their times, rgb.txt (optional)
+// the colour images to pick from, the nearest within kColorMatchNs; frames
+// left without one get "" and a warning. Refuses timestamps.txt and
+// pointcloud/ beside depth.txt, which would contradict it.
+weftcore::Status LoadTimestampLists(const std::string& directory, Recording* recording);
 
 }  // namespace ZeltoSim

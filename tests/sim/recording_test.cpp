@@ -74,12 +74,13 @@ TEST(Recording, LoadNamesTheFileAndWhatIsWrongWithIt) {
       {"intrinsics.json", camera + R"(, "fx": 0})", "\"fx\" must be a positive number"},
       {"timestamps.txt", "1\n-5\n",
        "line 2: \"-5\" is not a nanosecond count or seconds with a decimal point"},
-      {"intrinsics.json", R"({"width": 2, "height": 2, "intrinsic_matrix": [2, 0, 1, 0, 2, 1, 0, 0, 1]})",
+      {"intrinsics.json", R"({"width": 2, "height": 2, "intrinsic_matrix": [2,0,1, 0,2,1, 0,0,1]})",
        "\"intrinsic_matrix\" must be column-major [fx, 0, 0, 0, fy, 0, cx, cy, 1]"},
       {"intrinsics.json", camera + R"(, "distortion_coefficients": [0.1, 0]})",
        "\"distortion_coefficients\": lens distortion is not supported; undistort the depth "
        "images first, or set the coefficients to 0"},
-      {"intrinsics.json", camera + R"(, "near": 2, "far": 1})", "\"near\" must be less than \"far\""},
+      {"intrinsics.json", camera + R"(, "near": 2, "far": 1})",
+       "\"near\" must be less than \"far\""},
       {"depth/1.png", depth.substr(0, depth.size() - 13) + "x" + depth.substr(depth.size() - 12),
        "damaged PNG (bad CRC in the IDAT chunk at byte 33)"},
       {"depth/1.png", depth.substr(0, depth.size() - 12), "damaged PNG (truncated at byte 63)"},
@@ -135,8 +136,9 @@ std::vector<int64_t> FrameDepths(const Recording& recording) {
 TEST(Recording, LayoutsGiveFramesInOrderWithTheirTimesAndColours) {
   const std::string dir = "/tmp/zelto_layouts_" + std::to_string(getpid());
   std::filesystem::remove_all(dir);
-  WriteFrames(dir + "/folders", {{"depth/10.png", 3000}, {"depth/2.png", 2000}, {"depth/1.png", 900},
-                                 {"rgb/b10.png", 0}, {"rgb/b2.png", 0}, {"rgb/b1.png", 0}});
+  WriteFrames(dir + "/folders", {{"depth/10.png", 3000}, {"depth/2.png", 2000},
+                                 {"depth/1.png", 900}, {"rgb/b10.png", 0}, {"rgb/b2.png", 0},
+                                 {"rgb/b1.png", 0}});
   std::ofstream(dir + "/folders/camera.json")
       << R"({"width": 2, "height": 1, "intrinsic_matrix": [4, 0, 0, 0, 5, 0, 0.5, 0.25, 1],
             "near": 1, "far": 2.5, "distortion": [0, 0, 0, 0, 0]})";
@@ -150,7 +152,8 @@ TEST(Recording, LayoutsGiveFramesInOrderWithTheirTimesAndColours) {
   ASSERT_EQ(LoadRecording(dir + "/folders", &folders).message(), "");
   ASSERT_EQ(LoadRecording(dir + "/lists", &lists).message(), "");
   const Intrinsics& k = folders.intrinsics;
-  EXPECT_EQ(std::vector<double>({k.fx, k.fy, k.cx, k.cy}), std::vector<double>({4, 5, 0.5, 0.25}));
+  EXPECT_EQ(std::vector<double>({k.fx, k.fy, k.cx, k.cy}),
+            std::vector<double>({4, 5, 0.5, 0.25}));
   EXPECT_EQ(FrameDepths(folders), std::vector<int64_t>({0, 2000, 0}));  // 900 and 3000 mm clipped
   EXPECT_EQ(folders.timestamps,
             std::vector<uint64_t>({500000000, 1000000001, 18446744073709551615u}));

@@ -55,9 +55,11 @@ TEST(PlyWriter, WritesTheMeshWithoutTheInvalidVertices) {
 // image, column before row, and the inverse of R (here colour = depth turned 90 degrees).
 TEST(VertexColors, TakeThePixelTheVertexProjectsTo) {
   ZeltoSim::Recording recording;
-  ASSERT_TRUE(ZeltoSim::LoadRecording(std::string(ZELTO_EXAMPLES_DIR) + "/redwood", &recording).ok());
+  const std::string redwood = std::string(ZELTO_EXAMPLES_DIR) + "/redwood";
+  ASSERT_TRUE(ZeltoSim::LoadRecording(redwood, &recording).ok());
   Mesh mesh;
-  mesh.vertices = {0, 0, 1, -0.6f, -0.45f, 1, 0.6f, 0.45f, 1, 2, 0, 1};  // columns 319, 4, 634, 1369
+  // Columns 319, 4, 634 and 1369 (outside).
+  mesh.vertices = {0, 0, 1, -0.6f, -0.45f, 1, 0.6f, 0.45f, 1, 2, 0, 1};
   std::string error;
   ASSERT_TRUE(ColorizeMesh(recording, 2, &mesh, &error)) << error;
   EXPECT_EQ(mesh.colors, std::vector<uint8_t>({255, 255, 255, 177, 231, 255, 119, 82, 55,

@@ -87,7 +87,9 @@ int CheckMaskNames(const RunOptions& options, const ZeltoSim::Recording* recordi
     if (std::find(known.begin(), known.end(), mask.name) != known.end()) continue;
     std::string line = "error: --mask " + mask.name + ": not a mask of " +
                        (recording ? options.input : std::string("the synthetic scene"));
-    for (size_t i = 0; i < known.size(); ++i) line += (i == 0 ? "; known masks: " : ", ") + known[i];
+    for (size_t i = 0; i < known.size(); ++i) {
+      line += (i == 0 ? "; known masks: " : ", ") + known[i];
+    }
     return Fail(line + (known.empty() ? "; it has no masks" : ""), kExitUsage);
   }
   return kExitOk;
