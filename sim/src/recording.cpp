@@ -3,6 +3,7 @@
 #include "zelto_sim/recording.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 #include "directory_listing.h"
@@ -17,17 +18,18 @@ namespace ZeltoSim {
 namespace {
 
 weftcore::Status CheckDepthSize(const std::string& path, const PngInfo& info,
-                                const Intrinsics& intrinsics) {
+                                const Recording& recording) {
+  const Intrinsics& intrinsics = recording.intrinsics;
   if (info.width != static_cast<uint32_t>(intrinsics.width) ||
       info.height != static_cast<uint32_t>(intrinsics.height)) {
-    return Invalid(path + ": " + SizeText(info.width, info.height) +
-                   " pixels, intrinsics.json says " +
-                   SizeText(intrinsics.width, intrinsics.height));
+    const std::string camera = std::filesystem::path(recording.cameraFile).filename().string();
+    return Invalid(path + ": " + SizeText(info.width, info.height) + " pixels, " + camera +
+                   " says " + SizeText(intrinsics.width, intrinsics.height));
   }
   return weftcore::Status();
 }
 
-weftcore::Status CheckDepthPng(const std::string& path, const Intrinsics& intrinsics) {
+weftcore::Status CheckDepthPng(const std::string& path, const Recording& recording) {
   PngInfo info;
   weftcore::Status status = ReadPngInfo(path, &info);
   if (status.ok()) status = CheckPngChunks(path);
@@ -35,7 +37,7 @@ weftcore::Status CheckDepthPng(const std::string& path, const Intrinsics& intrin
   if (info.bitDepth != 16 || info.colorType != 0) {
     return Invalid(path + ": " + DescribePngFormat(info) + " PNG, expected 16-bit grayscale");
   }
-  return CheckDepthSize(path, info, intrinsics);
+  return CheckDepthSize(path, info, recording);
 }
 
 uint64_t PointCloudBytes(const Intrinsics& intrinsics) {
@@ -72,7 +74,7 @@ weftcore::Status LoadFrames(const std::string& directory, Recording* recording) 
 weftcore::Status CheckFrames(const Recording* recording) {
   for (const std::string& path : recording->frameFiles) {
     weftcore::Status status = recording->format == FrameFormat::kDepthPng
-                                  ? CheckDepthPng(path, recording->intrinsics)
+                                  ? CheckDepthPng(path, *recording)
                                   : CheckPointCloudFile(path, recording->intrinsics);
     if (status.IsError()) return status;
   }
@@ -208,11 +210,11 @@ weftcore::Status LoadRecording(const std::string& directory, Recording* recordin
     return SimError(weftcore::kCauseNotFound, directory + ": not a directory");
   }
   const bool lists = IsRegularFile(directory + "/depth.txt");
-  std::string intrinsicsPath;
-  weftcore::Status status = FindIntrinsicsFile(directory, &intrinsicsPath);
+  weftcore::Status status = FindIntrinsicsFile(directory, &recording->cameraFile);
   if (lists) recording->intrinsics.depthScale = kListLayoutDepthScale;
   if (status.ok()) {
-    status = ParseIntrinsicsFile(intrinsicsPath, &recording->intrinsics, &recording->warnings);
+    status = ParseIntrinsicsFile(recording->cameraFile, &recording->intrinsics,
+                                 &recording->warnings);
   }
   if (status.ok()) {
     status = lists ? LoadTimestampLists(directory, recording) : LoadFrames(directory, recording);
@@ -241,7 +243,7 @@ weftcore::Status ReadPointCloudFrame(const Recording& recording, size_t index,
     PngInfo info;
     std::vector<uint16_t> depth;
     status = ReadGray16Png(path, &info, &depth);
-    if (status.ok()) status = CheckDepthSize(path, info, intrinsics);
+    if (status.ok()) status = CheckDepthSize(path, info, recording);
     if (status.IsError()) return status;
     points->resize(depth.size() * 3);
     DepthImageToPointCloud(depth.data(), intrinsics, points->data());

@@ -7,6 +7,8 @@
 #include <fstream>
 #include <regex>
 
+#include <zlib.h>
+
 #include "process_runner.h"
 #include "zelto_sim/png_io.h"
 
@@ -19,7 +21,7 @@ const std::string kRedwood = std::string(ZELTO_EXAMPLES_DIR) + "/redwood";
 TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   const std::string at = FreshDirectory("fixtures");
   for (const char* name : {"/not_json", "/eight_bit/depth", "/short_cloud/pointcloud", "/lib",
-                           "/odd_color/color", "/cut_jpeg/rgb", "/lists"}) {
+                           "/odd_color/color", "/cut_jpeg/rgb", "/lists", "/skipped/depth"}) {
     std::filesystem::create_directories(at + name);
   }
   const char* camera = R"({"width": 2, "height": 2, "fx": 2, "fy": 2, "cx": 1, "cy": 1})";
@@ -51,6 +53,18 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   std::string jpeg = ReadFileBytes(kRedwood + "/color/00000.jpg");
   jpeg.replace(20000, 400, 400, '\xab');
   std::ofstream(at + "/garbled/color/0.jpg", std::ios::binary) << jpeg;
+  // Image data that no longer inflates, under a CRC that still matches: only the decode
+  // finds it, and the device passes over the frame.
+  for (const char* name : {"/0.png", "/1.png", "/2.png"}) {
+    std::filesystem::copy(at + "/odd_color/depth/0.png", at + "/skipped/depth" + std::string(name));
+  }
+  std::ofstream(at + "/skipped/intrinsics.json") << camera;
+  png = ReadFileBytes(at + "/odd_color/depth/0.png");
+  png.replace(41, 2, "\xff\xff");  // the zlib header of the IDAT chunk at byte 33
+  const auto* idat = reinterpret_cast<const Bytef*>(png.data() + 37);
+  const uint32_t crc = crc32(0, idat, 4 + (uint8_t(png[35]) << 8 | uint8_t(png[36])));
+  for (int i = 0; i < 4; ++i) png[png.size() - 16 + i] = char(crc >> (24 - 8 * i));
+  std::ofstream(at + "/skipped/depth/1.png", std::ios::binary) << png;
   const std::tuple<std::vector<std::string>, int, std::string> cases[] = {
       {{"run", "--mask", ":depth"}, 2,
        "error: --mask: ':depth' has no mask name (NAME[:color|:depth][:invert])"},
@@ -81,6 +95,8 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
        "cx, cy here)"},
       {{"run", "--input", at + "/garbled", "--format", "none"}, 2,
        "error: frame 0: " + at + "/garbled/color/0.jpg: damaged JPEG (*)"},
+      {{"run", "--input", at + "/skipped", "--format", "none"}, 2, "error: frame 1: " + at +
+       "/skipped/depth/1.png was not delivered (the device passes over a frame it cannot read)"},
       {{"run", "--mask", "nose"}, 2,
        "error: --mask nose: not a mask of the synthetic scene; known masks: floor, person"},
       {{"run", "--input", kRedwood, "--mask", "person"}, 2,

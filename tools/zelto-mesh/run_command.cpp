@@ -47,7 +47,8 @@ bool CreateParentDirectory(const std::string& path, std::string* error) {
   return !code;
 }
 
-std::string NoFrameMessage(const RunOptions& options, bool player_mapped, int64_t delivered) {
+std::string NoFrameMessage(const RunOptions& options, bool player_mapped, int64_t delivered,
+                           const ZeltoSim::Recording* recording, size_t next_recording_frame) {
   std::string line = "error: no frame from the mesh stream within " +
                      std::to_string(options.timeout_ms) + " ms";
   if (delivered > 0) line += " after " + std::to_string(delivered) + " frames";
@@ -56,6 +57,11 @@ std::string NoFrameMessage(const RunOptions& options, bool player_mapped, int64_
     line += options.input.empty()
                 ? ": --frame-rate 15 plays \"player_tof_stream\", which needs a recording (--input DIR)"
                 : ": --frame-rate 15 plays \"player_tof_stream\", which --no-player leaves out";
+  } else if (delivered > 0 && recording != nullptr &&
+             next_recording_frame < recording->frameFiles.size()) {
+    // Frames were coming, so the stream works: the device stopped at a file.
+    line += ": " + recording->frameFiles[next_recording_frame] +
+            " was not delivered (the device passes over a frame it cannot read)";
   }
   return line;
 }
@@ -142,13 +148,20 @@ bool PrepareOutputs(const RunOptions& options, std::ofstream* stats_file, std::s
 }
 
 // Colours of a delivered mesh from the recording frame it was built from,
-// found by its capture time (a player may repeat or skip frames).
+// found by its capture time. The device delivers the frames in order and
+// passes over only a file it cannot read: a frame other than the next one
+// stops the run there, naming the file, instead of numbering the rest wrong.
 bool ColorizeDelivered(const ZeltoSim::Recording& recording, uint64_t timestamp, size_t* next,
                        Mesh* mesh, std::string* error) {
   const std::optional<size_t> frame = FrameAtTimestamp(recording, timestamp, *next);
   if (!frame) {
     *error = "captured at " + std::to_string(timestamp) + " ns, the time of no frame of " +
              recording.directory;
+    return false;
+  }
+  if (*frame != *next && *next < recording.frameFiles.size()) {
+    *error = recording.frameFiles[*next] +
+             " was not delivered (the device passes over a frame it cannot read)";
     return false;
   }
   *next = *frame + 1;
@@ -176,7 +189,8 @@ int TakeFrames(weftcore::Stream* stream, const RunOptions& options,
     const auto end = std::chrono::steady_clock::now();
     if (status.IsError()) return fail(ErrorLine("get frame", status), kExitFailure);
     if (frame == nullptr) {
-      return fail(NoFrameMessage(options, player_mapped, index), kExitNoFrames);
+      return fail(NoFrameMessage(options, player_mapped, index, recording, next_recording_frame),
+                  kExitNoFrames);
     }
 
     FrameRecord record;

@@ -93,6 +93,7 @@ struct MaskTrack {
 
 struct Recording {
   std::string directory;
+  std::string cameraFile;  // the camera JSON read: DIR/intrinsics.json or DIR/camera.json
   Intrinsics intrinsics;
   FrameFormat format = FrameFormat::kDepthPng;
   std::vector<std::string> frameFiles;  // full paths, sorted by name
