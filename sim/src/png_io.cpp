@@ -3,10 +3,13 @@
 #include "zelto_sim/png_io.h"
 
 #include <spng.h>
+#include <zlib.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
+#include <iterator>
 #include <memory>
 
 #include "sim_error.h"
@@ -75,7 +78,43 @@ weftcore::Status ReadGrayPng(const std::string& path, PngInfo* info,
   return weftcore::Status();
 }
 
+uint32_t BigEndian32(const unsigned char* bytes) {
+  return (uint32_t{bytes[0]} << 24) | (uint32_t{bytes[1]} << 16) | (uint32_t{bytes[2]} << 8) |
+         uint32_t{bytes[3]};
+}
+
+weftcore::Status Damaged(const std::string& path, const std::string& what) {
+  return SimError(weftcore::kCauseInvalidArgument, path + ": damaged PNG (" + what + ")");
+}
+
 }  // namespace
+
+weftcore::Status CheckPngChunks(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) return OpenFailure(path);
+  const std::vector<unsigned char> bytes(std::istreambuf_iterator<char>(file), {});
+  static constexpr unsigned char kSignature[8] = {137, 80, 78, 71, 13, 10, 26, 10};
+  if (bytes.size() < 8 || std::memcmp(bytes.data(), kSignature, 8) != 0) {
+    return Damaged(path, "no PNG signature");
+  }
+  bool seen_data = false;
+  for (size_t at = 8;;) {
+    if (bytes.size() - at < 12) return Damaged(path, "truncated at byte " + std::to_string(at));
+    const uint32_t length = BigEndian32(&bytes[at]);
+    if (length > bytes.size() - at - 12) {
+      return Damaged(path, "truncated at byte " + std::to_string(at));
+    }
+    const std::string type(reinterpret_cast<const char*>(&bytes[at + 4]), 4);
+    const unsigned char* body = &bytes[at + 4];
+    if (crc32(0, body, length + 4) != BigEndian32(body + 4 + length)) {
+      return Damaged(path, "bad CRC in the " + type + " chunk at byte " + std::to_string(at));
+    }
+    if (at == 8 && type != "IHDR") return Damaged(path, "IHDR is not the first chunk");
+    seen_data = seen_data || type == "IDAT";
+    at += 12 + size_t{length};
+    if (type == "IEND") return seen_data ? weftcore::Status() : Damaged(path, "no IDAT chunk");
+  }
+}
 
 std::string DescribePngFormat(const PngInfo& info) {
   std::string kind;

@@ -2,44 +2,42 @@
 // that playback never meets a malformed file it could have reported.
 #include "zelto_sim/recording.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <fstream>
 
 #include "directory_listing.h"
 #include "json_file.h"
 #include "recording_metadata.h"
 #include "sim_error.h"
+#include "recording_color.h"
+#include "timestamp_lists.h"
 #include "zelto_sim/png_io.h"
 
 namespace ZeltoSim {
 namespace {
 
-std::string SizeText(uint32_t width, uint32_t height) {
-  return std::to_string(width) + " x " + std::to_string(height);
-}
-
-weftcore::Status Invalid(const std::string& message) {
-  return SimError(weftcore::kCauseInvalidArgument, message);
-}
-
 weftcore::Status CheckDepthSize(const std::string& path, const PngInfo& info,
-                                const Intrinsics& intrinsics) {
+                                const Recording& recording) {
+  const Intrinsics& intrinsics = recording.intrinsics;
   if (info.width != static_cast<uint32_t>(intrinsics.width) ||
       info.height != static_cast<uint32_t>(intrinsics.height)) {
-    return Invalid(path + ": " + SizeText(info.width, info.height) +
-                   " pixels, intrinsics.json says " +
-                   SizeText(intrinsics.width, intrinsics.height));
+    const std::string camera = std::filesystem::path(recording.cameraFile).filename().string();
+    return Invalid(path + ": " + SizeText(info.width, info.height) + " pixels, " + camera +
+                   " says " + SizeText(intrinsics.width, intrinsics.height));
   }
   return weftcore::Status();
 }
 
-weftcore::Status CheckDepthPng(const std::string& path, const Intrinsics& intrinsics) {
+weftcore::Status CheckDepthPng(const std::string& path, const Recording& recording) {
   PngInfo info;
   weftcore::Status status = ReadPngInfo(path, &info);
+  if (status.ok()) status = CheckPngChunks(path);
   if (status.IsError()) return status;
   if (info.bitDepth != 16 || info.colorType != 0) {
     return Invalid(path + ": " + DescribePngFormat(info) + " PNG, expected 16-bit grayscale");
   }
-  return CheckDepthSize(path, info, intrinsics);
+  return CheckDepthSize(path, info, recording);
 }
 
 uint64_t PointCloudBytes(const Intrinsics& intrinsics) {
@@ -70,9 +68,13 @@ weftcore::Status LoadFrames(const std::string& directory, Recording* recording) 
   }
   recording->format = depth.empty() ? FrameFormat::kPointCloud : FrameFormat::kDepthPng;
   recording->frameFiles = depth.empty() ? clouds : depth;
+  return weftcore::Status();
+}
+
+weftcore::Status CheckFrames(const Recording* recording) {
   for (const std::string& path : recording->frameFiles) {
     weftcore::Status status = recording->format == FrameFormat::kDepthPng
-                                  ? CheckDepthPng(path, recording->intrinsics)
+                                  ? CheckDepthPng(path, *recording)
                                   : CheckPointCloudFile(path, recording->intrinsics);
     if (status.IsError()) return status;
   }
@@ -131,7 +133,27 @@ weftcore::Status LoadMasks(const std::string& directory, Recording* recording) {
   return weftcore::Status();
 }
 
+// The camera JSON under either name; both at once would be ambiguous.
+weftcore::Status FindIntrinsicsFile(const std::string& directory, std::string* path) {
+  const std::string main = directory + "/intrinsics.json", other = directory + "/camera.json";
+  const bool hasMain = IsRegularFile(main), hasOther = IsRegularFile(other);
+  if (hasMain && hasOther) {
+    return Invalid(other + ": intrinsics.json describes the camera too; keep one");
+  }
+  if (hasMain || hasOther) {
+    *path = hasMain ? main : other;
+    return weftcore::Status();
+  }
+  const bool lists = IsRegularFile(directory + "/depth.txt");
+  return SimError(weftcore::kCauseNotFound,
+                  main + ": missing" +
+                      (lists ? " (depth.txt lists carry no camera: write its width, height and "
+                               "intrinsic_matrix or fx, fy, cx, cy here)"
+                             : ""));
+}
+
 weftcore::Status LoadTimestamps(const std::string& directory, Recording* recording) {
+  if (!recording->timestamps.empty()) return weftcore::Status();  // from depth.txt
   const std::string path = directory + "/timestamps.txt";
   const size_t count = recording->frameFiles.size();
   if (IsRegularFile(path)) return ParseTimestampsFile(path, count, &recording->timestamps);
@@ -167,6 +189,18 @@ weftcore::Status ReadPointCloudFile(const std::string& path, const Intrinsics& i
   return weftcore::Status();
 }
 
+// Points outside near .. far (compared in the point's own millimetres) become
+// (0, 0, 0), the point the mesh source treats as not measured.
+void ClipDepth(const Intrinsics& intrinsics, std::vector<int16_t>* points) {
+  if (intrinsics.near <= 0 && intrinsics.far <= 0) return;
+  const double near = intrinsics.near * 1000.0;
+  const double far = intrinsics.far > 0 ? intrinsics.far * 1000.0 : 32767.0;
+  for (size_t i = 0; i + 2 < points->size(); i += 3) {
+    const int16_t z = (*points)[i + 2];
+    if (z < near || z > far) std::fill_n(points->begin() + static_cast<std::ptrdiff_t>(i), 3, 0);
+  }
+}
+
 }  // namespace
 
 weftcore::Status LoadRecording(const std::string& directory, Recording* recording) {
@@ -175,14 +209,21 @@ weftcore::Status LoadRecording(const std::string& directory, Recording* recordin
   if (!IsDirectory(directory)) {
     return SimError(weftcore::kCauseNotFound, directory + ": not a directory");
   }
-  const std::string intrinsicsPath = directory + "/intrinsics.json";
-  if (!IsRegularFile(intrinsicsPath)) {
-    return SimError(weftcore::kCauseNotFound, intrinsicsPath + ": missing");
+  const bool lists = IsRegularFile(directory + "/depth.txt");
+  weftcore::Status status = FindIntrinsicsFile(directory, &recording->cameraFile);
+  if (lists) recording->intrinsics.depthScale = kListLayoutDepthScale;
+  if (status.ok()) {
+    status = ParseIntrinsicsFile(recording->cameraFile, &recording->intrinsics,
+                                 &recording->warnings);
   }
-  weftcore::Status status = ParseIntrinsicsFile(intrinsicsPath, &recording->intrinsics);
-  if (status.ok()) status = LoadFrames(directory, recording);
+  if (status.ok()) {
+    status = lists ? LoadTimestampLists(directory, recording) : LoadFrames(directory, recording);
+  }
+  if (status.ok()) status = CheckFrames(recording);
+  if (status.ok() && !lists) status = ListColorFiles(directory, recording);
   if (status.ok()) status = LoadTimestamps(directory, recording);
   if (status.ok()) status = LoadCalibration(directory, recording);
+  if (status.ok()) status = CheckColorFiles(recording);
   if (status.ok()) status = LoadMasks(directory, recording);
   return status;
 }
@@ -195,17 +236,20 @@ weftcore::Status ReadPointCloudFrame(const Recording& recording, size_t index,
   }
   const std::string& path = recording.frameFiles[index];
   const Intrinsics& intrinsics = recording.intrinsics;
+  weftcore::Status status;
   if (recording.format == FrameFormat::kPointCloud) {
-    return ReadPointCloudFile(path, intrinsics, points);
+    status = ReadPointCloudFile(path, intrinsics, points);
+  } else {
+    PngInfo info;
+    std::vector<uint16_t> depth;
+    status = ReadGray16Png(path, &info, &depth);
+    if (status.ok()) status = CheckDepthSize(path, info, recording);
+    if (status.IsError()) return status;
+    points->resize(depth.size() * 3);
+    DepthImageToPointCloud(depth.data(), intrinsics, points->data());
   }
-  PngInfo info;
-  std::vector<uint16_t> depth;
-  weftcore::Status status = ReadGray16Png(path, &info, &depth);
-  if (status.ok()) status = CheckDepthSize(path, info, intrinsics);
-  if (status.IsError()) return status;
-  points->resize(depth.size() * 3);
-  DepthImageToPointCloud(depth.data(), intrinsics, points->data());
-  return weftcore::Status();
+  if (status.ok()) ClipDepth(intrinsics, points);
+  return status;
 }
 
 weftcore::Status ReadMaskFrame(const MaskTrack& track, size_t index, std::vector<uint8_t>* bytes) {

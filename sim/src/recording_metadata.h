@@ -11,9 +11,14 @@
 
 namespace ZeltoSim {
 
-// intrinsics.json: width, height (positive integers), fx, fy (positive),
-// cx, cy, and depth_scale (positive, optional).
-weftcore::Status ParseIntrinsicsFile(const std::string& path, Intrinsics* intrinsics);
+// The camera JSON: width, height (positive integers) and either fx, fy
+// (positive), cx, cy or a column-major 3x3 "intrinsic_matrix"; optional
+// depth_scale (positive; *intrinsics holds the default), near and far
+// (metres, 0 <= near < far). Lens distortion coefficients other than 0 are
+// refused (the depth images would have to be undistorted first); other
+// unknown keys are appended to `warnings`.
+weftcore::Status ParseIntrinsicsFile(const std::string& path, Intrinsics* intrinsics,
+                                     std::vector<std::string>* warnings);
 
 // Colour camera = depth camera, R = identity, T = 0, isCalibrated false.
 ZeltoTof::ZeltoTofCalibrationSettingsProperty_ IdentityCalibration(const Intrinsics& intrinsics);
@@ -23,8 +28,13 @@ ZeltoTof::ZeltoTofCalibrationSettingsProperty_ IdentityCalibration(const Intrins
 weftcore::Status ParseCalibrationFile(const std::string& path,
                                       ZeltoTof::ZeltoTofCalibrationSettingsProperty_* calibration);
 
-// timestamps.txt: one unsigned decimal per non-blank line, exactly
-// `frameCount` of them.
+// One timestamp: integer nanoseconds ("1305031102160407000") or, with a
+// decimal point, seconds ("1305031102.160407"), converted exactly (digits
+// past the ninth decimal round half up). False for anything else.
+bool ParseTimestamp(const std::string& text, bool seconds, uint64_t* nanoseconds);
+
+// timestamps.txt: one timestamp per non-blank line, exactly `frameCount` of
+// them.
 weftcore::Status ParseTimestampsFile(const std::string& path, size_t frameCount,
                                      std::vector<uint64_t>* timestamps);
 

@@ -14,4 +14,13 @@ inline weftcore::Status SimError(weftcore::Cause cause, const std::string& messa
   return status;
 }
 
+inline weftcore::Status Invalid(const std::string& message) {
+  return SimError(weftcore::kCauseInvalidArgument, message);
+}
+
+// "640 x 480", for messages about image sizes.
+inline std::string SizeText(uint32_t width, uint32_t height) {
+  return std::to_string(width) + " x " + std::to_string(height);
+}
+
 }  // namespace ZeltoSim

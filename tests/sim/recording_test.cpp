@@ -82,7 +82,21 @@ TEST(Recording, LoadNamesTheFileAndWhatIsWrongWithIt) {
       {"intrinsics.json", "", "missing"},
       {"intrinsics.json", R"({"width": 2})", "\"height\" is missing"},
       {"intrinsics.json", camera + R"(, "fx": 0})", "\"fx\" must be a positive number"},
-      {"timestamps.txt", "1\n-5\n", "line 2: \"-5\" is not a nanosecond count"},
+      {"timestamps.txt", "1\n-5\n",
+       "line 2: \"-5\" is not a nanosecond count or seconds with a decimal point"},
+      {"intrinsics.json", R"({"width": 2, "height": 2, "intrinsic_matrix": [2,0,1, 0,2,1, 0,0,1]})",
+       "\"intrinsic_matrix\" must be column-major [fx, 0, 0, 0, fy, 0, cx, cy, 1]"},
+      {"intrinsics.json", camera + R"(, "distortion_coefficients": [0.1, 0]})",
+       "\"distortion_coefficients\": lens distortion is not supported; undistort the depth "
+       "images first, or set the coefficients to 0"},
+      {"intrinsics.json", camera + R"(, "near": 2, "far": 1})",
+       "\"near\" must be less than \"far\""},
+      {"depth/1.png", depth.substr(0, depth.size() - 13) + "x" + depth.substr(depth.size() - 12),
+       "damaged PNG (bad CRC in the IDAT chunk at byte 33)"},
+      {"depth/1.png", depth.substr(0, depth.size() - 12), "damaged PNG (truncated at byte 63)"},
+      {"color/0.png", png(8, 2, 2), "/color: 1 colour images for 2 frames"},
+      {"depth.txt", "# t f\n0.5 depth/0.png\nx depth/1.png\n",
+       "line 3: expected \"seconds file\", e.g. \"1305031102.160407 depth/1.png\""},
       {"depth/1.png", png(16, 3, 1), "3 x 1 pixels, intrinsics.json says 2 x 2"},
       {"depth", "", ": no frames (expected depth/*.png or pointcloud/*.bin)"},
       {"pointcloud/0.bin", "xyz", ": both depth/ and pointcloud/ hold frames; keep one"},
@@ -106,6 +120,61 @@ TEST(Recording, LoadNamesTheFileAndWhatIsWrongWithIt) {
   }
   std::filesystem::remove_all(dir);
   std::filesystem::remove(dir + ".png");
+}
+
+// One depth value per frame, so that z tells which file a frame came from.
+void WriteFrames(const std::string& dir, const std::map<std::string, uint16_t>& frames) {
+  for (const auto& [name, value] : frames) {
+    std::filesystem::create_directories(std::filesystem::path(dir + "/" + name).parent_path());
+    const uint16_t samples[2] = {value, value};
+    ASSERT_TRUE(WriteGrayPng(dir + "/" + name, 2, 1, 16, samples).ok());
+  }
+}
+
+std::vector<int64_t> FrameDepths(const Recording& recording) {
+  std::vector<int64_t> depths;
+  for (size_t i = 0; i < recording.frameFiles.size(); ++i) {
+    std::vector<int16_t> points;
+    EXPECT_TRUE(ReadPointCloudFrame(recording, i, &points).ok());
+    depths.push_back(points.at(2));
+  }
+  return depths;
+}
+
+// Folders in number order with a matrix camera; lists in their own order with 1/5 mm depth,
+// colour by nearest time within 20 ms; times in seconds kept to the nanosecond.
+TEST(Recording, LayoutsGiveFramesInOrderWithTheirTimesAndColours) {
+  const std::string dir = "/tmp/zelto_layouts_" + std::to_string(getpid());
+  std::filesystem::remove_all(dir);
+  WriteFrames(dir + "/folders", {{"depth/10.png", 3000}, {"depth/2.png", 2000},
+                                 {"depth/1.png", 900}, {"rgb/b10.png", 0}, {"rgb/b2.png", 0},
+                                 {"rgb/b1.png", 0}});
+  std::ofstream(dir + "/folders/camera.json")
+      << R"({"width": 2, "height": 1, "intrinsic_matrix": [4, 0, 0, 0, 5, 0, 0.5, 0.25, 1],
+            "near": 1, "far": 2.5, "distortion": [0, 0, 0, 0, 0]})";
+  std::ofstream(dir + "/folders/timestamps.txt") << "0.5\n1.000000001\n18446744073.709551615\n";
+  WriteFrames(dir + "/lists", {{"d/a.png", 5000}, {"d/b.png", 10000}, {"c/x.png", 0}});
+  std::ofstream(dir + "/lists/intrinsics.json") << R"({"width": 2, "height": 1, "fx": 4, "fy": 4,
+      "cx": 0, "cy": 0, "comment": "x"})";
+  std::ofstream(dir + "/lists/depth.txt") << "# time file\n\n20.0 d/b.png\n10 d/a.png\n";
+  std::ofstream(dir + "/lists/rgb.txt") << "9.95 c/x.png\n19.98 c/x.png\n20.02 c/x.png\n";
+  Recording folders, lists;
+  ASSERT_EQ(LoadRecording(dir + "/folders", &folders).message(), "");
+  ASSERT_EQ(LoadRecording(dir + "/lists", &lists).message(), "");
+  const Intrinsics& k = folders.intrinsics;
+  EXPECT_EQ(std::vector<double>({k.fx, k.fy, k.cx, k.cy}),
+            std::vector<double>({4, 5, 0.5, 0.25}));
+  EXPECT_EQ(FrameDepths(folders), std::vector<int64_t>({0, 2000, 0}));  // 900 and 3000 mm clipped
+  EXPECT_EQ(folders.timestamps,
+            std::vector<uint64_t>({500000000, 1000000001, 18446744073709551615u}));
+  EXPECT_EQ(folders.colorFiles.back(), dir + "/folders/rgb/b10.png");
+  EXPECT_EQ(FrameDepths(lists), std::vector<int64_t>({2000, 1000}));
+  EXPECT_EQ(lists.timestamps, std::vector<uint64_t>({20000000000, 10000000000}));
+  EXPECT_EQ(lists.colorFiles, std::vector<std::string>({dir + "/lists/c/x.png", ""}));
+  EXPECT_EQ(lists.warnings, std::vector<std::string>(
+      {dir + "/lists/intrinsics.json: unknown key \"comment\" ignored",
+       dir + "/lists/rgb.txt: no colour image within 20 ms of 1 of 2 depth frames"}));
+  std::filesystem::remove_all(dir);
 }
 
 }  // namespace

@@ -8,6 +8,8 @@
 #include <fstream>
 #include <regex>
 
+#include <zlib.h>
+
 #include "process_runner.h"
 #include "zelto_sim/png_io.h"
 
@@ -19,7 +21,9 @@ const std::string kRedwood = std::string(ZELTO_EXAMPLES_DIR) + "/redwood";
 // `*`: the words of a library (JSON parser, loader, MessagePack); only the program's are pinned.
 TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   const std::string at = FreshDirectory("fixtures");
-  for (const char* name : {"/not_json", "/eight_bit/depth", "/short_cloud/pointcloud", "/lib", "/old", "/small"}) {
+  for (const char* name : {"/not_json", "/eight_bit/depth", "/short_cloud/pointcloud", "/lib",
+                           "/old", "/small", "/odd_color/color", "/cut_jpeg/rgb", "/lists",
+                           "/skipped/depth"}) {
     std::filesystem::create_directories(at + name);
   }
   const char* camera = R"({"width": 2, "height": 2, "fx": 2, "fy": 2, "cx": 1, "cy": 1})";
@@ -34,6 +38,39 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
   std::ofstream(at + "/old/frame_000007.obj") << "an earlier run";
   // A file size limit stands for a full disk: writes fail with EFBIG, not with a signal.
   const std::string full_disk = "trap '' XFSZ; ulimit -f 1000; exec \"$0\" \"$@\"";
+  const uint16_t depth[4] = {1000, 1000, 1000, 1000};
+  for (const char* name : {"/damaged", "/odd_color", "/cut_jpeg"}) {
+    std::filesystem::create_directories(at + name + "/depth");
+    std::ofstream(at + name + "/intrinsics.json") << camera;
+    ASSERT_TRUE(ZeltoSim::WriteGrayPng(at + name + "/depth/0.png", 2, 2, 16, depth).ok());
+  }
+  std::string png = ReadFileBytes(at + "/damaged/depth/0.png");
+  png[45] ^= 1;  // in the compressed image data, as a flipped bit on disk would be
+  std::ofstream(at + "/damaged/depth/0.png", std::ios::binary) << png;
+  ASSERT_TRUE(ZeltoSim::WriteGrayPng(at + "/odd_color/color/0.png", 3, 1, 8, samples).ok());
+  std::ofstream(at + "/cut_jpeg/rgb/0.jpg", std::ios::binary)
+      << ReadFileBytes(kRedwood + "/color/00000.jpg").substr(0, 5000);
+  std::ofstream(at + "/lists/depth.txt") << "0.5 depth/0.png\n";
+  // Intact markers and header around garbled image data: found only by decoding, mid-run.
+  std::filesystem::create_directories(at + "/garbled/depth");
+  std::filesystem::create_directories(at + "/garbled/color");
+  std::filesystem::copy(kRedwood + "/intrinsics.json", at + "/garbled/");
+  std::filesystem::copy(kRedwood + "/depth/00000.png", at + "/garbled/depth/");
+  std::string jpeg = ReadFileBytes(kRedwood + "/color/00000.jpg");
+  jpeg.replace(20000, 400, 400, '\xab');
+  std::ofstream(at + "/garbled/color/0.jpg", std::ios::binary) << jpeg;
+  // Image data that no longer inflates, under a CRC that still matches: only the decode
+  // finds it, and the device stops there.
+  for (const char* name : {"/0.png", "/1.png", "/2.png"}) {
+    std::filesystem::copy(at + "/odd_color/depth/0.png", at + "/skipped/depth" + std::string(name));
+  }
+  std::ofstream(at + "/skipped/intrinsics.json") << camera;
+  png = ReadFileBytes(at + "/odd_color/depth/0.png");
+  png.replace(41, 2, "\xff\xff");  // the zlib header of the IDAT chunk at byte 33
+  const auto* idat = reinterpret_cast<const Bytef*>(png.data() + 37);
+  const uint32_t crc = crc32(0, idat, 4 + (uint8_t(png[35]) << 8 | uint8_t(png[36])));
+  for (int i = 0; i < 4; ++i) png[png.size() - 16 + i] = char(crc >> (24 - 8 * i));
+  std::ofstream(at + "/skipped/depth/1.png", std::ios::binary) << png;
   const std::tuple<std::vector<std::string>, int, std::string> cases[] = {
       {{"run", "--mask", ":depth"}, 2,
        "error: --mask: ':depth' has no mask name (NAME[:color|:depth][:invert])"},
@@ -68,6 +105,23 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
        "error: " + at + "/eight_bit/depth/0.png: 8-bit grayscale PNG, expected 16-bit grayscale"},
       {{"run", "--input", at + "/short_cloud"}, 2,
        "error: " + at + "/short_cloud/pointcloud/0.bin: 23 bytes, expected 24 (2 x 2 x 6)"},
+      {{"run", "--input", at + "/damaged"}, 2, "error: " + at + "/damaged/depth/0.png: damaged "
+       "PNG (bad CRC in the IDAT chunk at byte 33)"},
+      {{"run", "--input", at + "/odd_color"}, 2, "error: " + at + "/odd_color/color/0.png: 3 x 1 "
+       "pixels, the depth images are 2 x 2"},
+      {{"run", "--input", at + "/cut_jpeg"}, 2,
+       "error: " + at + "/cut_jpeg/rgb/0.jpg: damaged JPEG (no end marker)"},
+      {{"run", "--input", at + "/lists"}, 2, "error: " + at + "/lists/intrinsics.json: missing "
+       "(depth.txt lists carry no camera: write its width, height and intrinsic_matrix or fx, fy, "
+       "cx, cy here)"},
+      {{"run", "--input", at + "/garbled", "--format", "none"}, 2,
+       "error: frame 0: " + at + "/garbled/color/0.jpg: damaged JPEG (*)"},
+      {{"run", "--input", at + "/skipped", "--format", "none"}, 2, "error: frame 1: " + at +
+       "/skipped/depth/1.png: not a readable PNG (*)"},
+      {{"run", "--mask", "nose"}, 2,
+       "error: --mask nose: not a mask of the synthetic scene; known masks: floor, person"},
+      {{"run", "--input", kRedwood, "--mask", "person"}, 2,
+       "error: --mask person: not a mask of " + kRedwood + "; it has no masks"},
       {{"run", "--input", kRedwood, "--frames", "6"}, 2,
        "error: --frames 6: " + kRedwood + " has 5 frames"},
       // The component's own text is pinned where clients meet it, with the properties.

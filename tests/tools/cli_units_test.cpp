@@ -1,6 +1,6 @@
 // The pieces of zelto-mesh whose faults a run would hide: the MessagePack a
 // --set sends and a --get prints, the cleaning of a mesh, the surface the
-// files hold, the files read back, the progress line.
+// files hold, the files read back, the progress line, the colour a vertex takes.
 #include <gtest/gtest.h>
 
 #include <tiny_gltf.h>
@@ -17,6 +17,7 @@
 #include "strict_ply_reader.h"
 #include "support/bytes.h"
 #include "surface.h"
+#include "vertex_colors.h"
 
 namespace zelto_cli {
 namespace {
@@ -182,6 +183,30 @@ TEST(ProgressText, FitsTheTerminal) {
     SCOPED_TRACE(columns);
     EXPECT_EQ(ProgressText(done, 60, seconds, columns), text);
   }
+}
+
+// Pixels read from examples/redwood/color/00002.jpg by djpeg, the positions worked out in
+// double precision (column floor(319.5 + 525 x / z), row floor(239.5 + 525 y / z)): frame 2's
+// image, column before row, and the inverse of R (here colour = depth turned 90 degrees).
+TEST(VertexColors, TakeThePixelTheVertexProjectsTo) {
+  ZeltoSim::Recording recording;
+  const std::string redwood = std::string(ZELTO_EXAMPLES_DIR) + "/redwood";
+  ASSERT_TRUE(ZeltoSim::LoadRecording(redwood, &recording).ok());
+  Mesh mesh;
+  // Columns 319, 4, 634 and 1369 (outside).
+  mesh.vertices = {0, 0, 1, -0.6f, -0.45f, 1, 0.6f, 0.45f, 1, 2, 0, 1};
+  std::string error;
+  ASSERT_TRUE(ColorizeMesh(recording, 2, &mesh, &error)) << error;
+  EXPECT_EQ(mesh.colors, std::vector<uint8_t>({255, 255, 255, 177, 231, 255, 119, 82, 55,
+                                               kNoColor, kNoColor, kNoColor}));
+  ZeltoTof::Matrix_& r = recording.calibration.R;
+  r = {};
+  r.b = -1;
+  r.d = 1;
+  r.i = 1;
+  mesh.vertices = {0.45f, -0.6f, 1};  // turned back onto column 4, row 3
+  ASSERT_TRUE(ColorizeMesh(recording, 2, &mesh, &error)) << error;
+  EXPECT_EQ(mesh.colors, std::vector<uint8_t>({177, 231, 255}));
 }
 
 }  // namespace

@@ -50,8 +50,9 @@ Value ParseChecked(bool (*parse)(const std::string&, Value*, std::string*),
 
 void AddRunOptions(CLI::App* run, RunOptions* options) {
   run->add_option("--input", options->input,
-                  "Recording directory (intrinsics.json + depth/NNNNN.png, see docs/simulator.md); "
-                  "default: the simulator's synthetic scene")
+                  "Recording directory: intrinsics.json or camera.json + depth/*.png [+ color/ or "
+                  "rgb/ images], or depth.txt/rgb.txt lists (docs/simulator.md); default: the "
+                  "simulator's synthetic scene")
       ->type_name("DIR");
   run->add_option_function<int>(
          "--frames", [options](int frames) { options->frames = frames; },
@@ -143,8 +144,8 @@ void AddRunOptions(CLI::App* run, RunOptions* options) {
          },
          "Enable masking with this segmentation mask (repeatable): remove the points it covers, "
          "or with :invert those it does not; :color or :depth picks the mask's camera (default: "
-         "the recording's masks/NAME/mask.json, color for the synthetic scene) "
-         "(kZeltoMeshMaskSettingsKey)")
+         "the recording's masks/NAME/mask.json, color for the synthetic scene); an unknown NAME "
+         "is an error (kZeltoMeshMaskSettingsKey)")
       ->type_name("NAME[:color|:depth][:invert]")
       ->check(CheckWith(ParseMaskOption));
   run->add_option_function<int>(

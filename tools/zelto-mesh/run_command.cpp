@@ -2,6 +2,7 @@
 // then opens the stream, sets its properties, takes and writes the frames.
 #include "run_command.h"
 
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <iostream>
@@ -23,7 +24,9 @@
 #include "property_plan.h"
 #include "run_summary.h"
 #include "status_text.h"
+#include "vertex_colors.h"
 #include "zelto_sim/recording.h"
+#include "zelto_sim/synthetic_scene.h"
 
 namespace zelto_cli {
 namespace {
@@ -49,6 +52,24 @@ std::string NoFrameMessage(const RunOptions& options, bool player_mapped, int64_
   return line;
 }
 
+// Waits for the next frame in short slices, so that a device that stopped
+// at a frame it cannot read ends the run at once, not after the time-out.
+weftcore::Status NextFrame(weftcore::Stream* stream, int timeout_ms, const PlatformLogSink& log,
+                           weftcore::Frame** frame) {
+  constexpr int kSliceMs = 20;
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeout_ms);
+  for (;;) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+                          deadline - std::chrono::steady_clock::now())
+                          .count();
+    const int slice = static_cast<int>(std::clamp<int64_t>(left, 0, kSliceMs));
+    const weftcore::Status status = stream->GetFrame(frame, slice);
+    if (status.IsError() || *frame != nullptr || left <= kSliceMs || log.DeviceStop()) {
+      return status;
+    }
+  }
+}
+
 // Channel 0 of `frame` as bytes.
 weftcore::Status MeshChannel(weftcore::Frame* frame, weftcore::Channel::RawData* raw) {
   std::map<uint32_t, weftcore::Channel*> channels;
@@ -64,14 +85,39 @@ weftcore::Status MeshChannel(weftcore::Frame* frame, weftcore::Channel::RawData*
   return found->second->GetRawData(raw);
 }
 
-// Validates --input and --frames. Returns kExitOk or the code to exit with.
+// An unknown name would only make the source log an invalid mask and mesh
+// everything: refused, naming the masks there are.
+int CheckMaskNames(const RunOptions& options, const ZeltoSim::Recording* recording) {
+  std::vector<std::string> known = {ZeltoSim::kFloorMaskName, ZeltoSim::kPersonMaskName};
+  if (recording != nullptr) {
+    known.clear();
+    for (const ZeltoSim::MaskTrack& track : recording->masks) known.push_back(track.name);
+  }
+  for (const MaskOption& mask : options.masks) {
+    if (std::find(known.begin(), known.end(), mask.name) != known.end()) continue;
+    std::string line = "error: --mask " + mask.name + ": not a mask of " +
+                       (recording ? options.input : std::string("the synthetic scene"));
+    for (size_t i = 0; i < known.size(); ++i) {
+      line += (i == 0 ? "; known masks: " : ", ") + known[i];
+    }
+    return Fail(line + (known.empty() ? "; it has no masks" : ""), kExitUsage);
+  }
+  return kExitOk;
+}
+
+// Validates --input, --mask and --frames. Returns kExitOk or the code to exit with.
 int CheckInput(const RunOptions& options, std::optional<ZeltoSim::Recording>* recording,
                int64_t* frame_goal) {
   if (!options.input.empty()) {
     recording->emplace();
     const weftcore::Status status = ZeltoSim::LoadRecording(options.input, &**recording);
     if (status.IsError()) return Fail("error: " + status.message(), kExitUsage);
+    for (const std::string& warning : (*recording)->warnings) {
+      std::cerr << "warning: " << warning << "\n";
+    }
   }
+  const int masks = CheckMaskNames(options, *recording ? &**recording : nullptr);
+  if (masks != kExitOk) return masks;
   const int64_t available =
       *recording ? static_cast<int64_t>((*recording)->frameFiles.size()) : -1;
   *frame_goal = options.frames ? *options.frames : *recording ? available : kSceneFrames;
@@ -83,12 +129,35 @@ int CheckInput(const RunOptions& options, std::optional<ZeltoSim::Recording>* re
   return kExitOk;
 }
 
+// Colours of a delivered mesh from the recording frame it was built from,
+// found by its capture time. The device delivers the frames in order and
+// stops at a file it cannot read; should a frame other than the next one
+// still arrive, the run stops there, naming the file, instead of numbering
+// the rest wrong.
+bool ColorizeDelivered(const ZeltoSim::Recording& recording, uint64_t timestamp, size_t* next,
+                       Mesh* mesh, std::string* error) {
+  const std::optional<size_t> frame = FrameAtTimestamp(recording, timestamp, *next);
+  if (!frame) {
+    *error = "captured at " + std::to_string(timestamp) + " ns, the time of no frame of " +
+             recording.directory;
+    return false;
+  }
+  if (*frame != *next && *next < recording.frameFiles.size()) {
+    *error = recording.frameFiles[*next] +
+             " was not delivered (the device passed over it)";
+    return false;
+  }
+  *next = *frame + 1;
+  return ColorizeMesh(recording, *frame, mesh, error);
+}
+
 // Takes `frame_goal` frames from the started stream, writing each; keeps
 // their records and the bytes written in `summary` and the last mesh in
 // `last_mesh`.
-int TakeFrames(weftcore::Stream* stream, const RunOptions& options, bool player_mapped,
-               int64_t frame_goal, std::ofstream* stats_file, SummaryInput* summary,
-               Mesh* last_mesh) {
+int TakeFrames(weftcore::Stream* stream, const RunOptions& options,
+               const ZeltoSim::Recording* recording, bool player_mapped,
+               const PlatformLogSink& log, int64_t frame_goal, std::ofstream* stats_file,
+               SummaryInput* summary, Mesh* last_mesh) {
   ProgressBar progress(ShouldShowProgress(options.quiet, options.log_level.has_value()),
                        frame_goal);
   // An error takes the bar's line.
@@ -97,13 +166,17 @@ int TakeFrames(weftcore::Stream* stream, const RunOptions& options, bool player_
     return Fail(line, code);
   };
   std::string error;
+  size_t next_recording_frame = 0;
   for (int64_t index = 0; index < frame_goal; ++index) {
     weftcore::Frame* frame = nullptr;
     const auto begin = std::chrono::steady_clock::now();
-    weftcore::Status status = stream->GetFrame(&frame, options.timeout_ms);
+    weftcore::Status status = NextFrame(stream, options.timeout_ms, log, &frame);
     const auto end = std::chrono::steady_clock::now();
     if (status.IsError()) return fail(ErrorLine("get frame", status), kExitFailure);
     if (frame == nullptr) {
+      if (const auto stop = log.DeviceStop()) {
+        return fail("error: frame " + std::to_string(index) + ": " + *stop, kExitUsage);
+      }
       return fail(NoFrameMessage(options, player_mapped, index), kExitNoFrames);
     }
 
@@ -116,12 +189,19 @@ int TakeFrames(weftcore::Stream* stream, const RunOptions& options, bool player_
     // Decode now: the reference layout's arrays live until the call after next.
     const auto* bytes = static_cast<const uint8_t*>(raw.address);
     const bool decoded = status.ok() && DecodeMesh(bytes, raw.size, last_mesh, &error);
-    const bool written = decoded && WriteFrame(options.output, index, bytes, raw.size, *last_mesh,
-                                               &summary->bytesWritten, &error);
+    std::string color_error;
+    const bool colored = decoded && (recording == nullptr ||
+                                     ColorizeDelivered(*recording, raw.timestamp,
+                                                       &next_recording_frame, last_mesh,
+                                                       &color_error));
+    const bool written = colored && WriteFrame(options.output, index, bytes, raw.size,
+                                               *last_mesh, &summary->bytesWritten, &error);
     const weftcore::Status released = stream->ReleaseFrame(frame);
     const std::string frame_name = "frame " + std::to_string(index);
     if (status.IsError()) return fail(ErrorLine(frame_name, status), kExitFailure);
     if (!decoded) return fail("error: " + frame_name + ": " + error, kExitFailure);
+    // A colour image that passed the up-front check but does not decode.
+    if (!colored) return fail("error: " + frame_name + ": " + color_error, kExitUsage);
     if (!written) return fail("error: " + error, kExitFailure);
     if (released.IsError()) return fail(ErrorLine("release frame", released), kExitFailure);
 
@@ -172,9 +252,9 @@ int RunCommand(const RunOptions& options) {
   RemovePartialFileOnSignals();
 
   // Log records of the component, from Open on (the sim's "zelto_stream"
-  // hands the level to the source at Open). Outlives the session.
-  std::optional<StderrLogSink> log_sink;
-  if (options.log_level) log_sink.emplace();
+  // hands the level to the source at Open), and the device's report of a
+  // frame it could not read. Outlives the session.
+  const PlatformLogSink log_sink(options.log_level.has_value());
 
   ZeltoSim::HostOptions host_options;
   host_options.sim.input = options.input;
@@ -209,8 +289,9 @@ int RunCommand(const RunOptions& options) {
   summary.stats = options.stats;
   Mesh last_mesh;
   const auto loop_begin = std::chrono::steady_clock::now();
-  const int taken = TakeFrames(session.stream(), options, host_options.player, frame_goal,
-                               &stats_file, &summary, &last_mesh);
+  const int taken =
+      TakeFrames(session.stream(), options, recording ? &*recording : nullptr,
+                 host_options.player, log_sink, frame_goal, &stats_file, &summary, &last_mesh);
   summary.loopSeconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - loop_begin).count();
   if (taken != kExitOk) return taken;

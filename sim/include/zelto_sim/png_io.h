@@ -17,6 +17,11 @@ struct PngInfo {
   uint8_t colorType = 0;  // PNG colour type: 0 grayscale, 2 RGB, 3 indexed, 4 GA, 6 RGBA
 };
 
+// Walks every chunk of the file without decompressing: the signature, IHDR
+// first, at least one IDAT, IEND last, and every chunk's CRC. Catches a
+// damaged or truncated body at the cost of one read, long before a decode
+// would. Errors: "<path>: damaged PNG (...)".
+weftcore::Status CheckPngChunks(const std::string& path);
 // Reads only the header. Errors: "<path>: cannot open", "<path>: not a readable PNG (...)".
 weftcore::Status ReadPngInfo(const std::string& path, PngInfo* info);
 // Fails with "<path>: 8-bit RGB PNG, expected 16-bit grayscale" when the
