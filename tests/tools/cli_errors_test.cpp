@@ -114,7 +114,7 @@ TEST(ZeltoMesh, EveryFailureExitsWithOneLineAndWritesNothing) {
       {{"run", "--input", at + "/lists"}, 2, "error: " + at + "/lists/intrinsics.json: missing "
        "(depth.txt lists carry no camera: write its width, height and intrinsic_matrix or fx, fy, "
        "cx, cy here)"},
-      {{"run", "--input", at + "/garbled", "--format", "none"}, 2,
+      {{"run", "--input", at + "/garbled", "--format", "none", "--preview", "p.png"}, 2,
        "error: frame 0: " + at + "/garbled/color/0.jpg: damaged JPEG (*)"},
       {{"run", "--input", at + "/skipped", "--format", "none"}, 2, "error: frame 1: " + at +
        "/skipped/depth/1.png: not a readable PNG (*)"},

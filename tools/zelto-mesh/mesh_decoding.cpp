@@ -1,5 +1,5 @@
 // DecodeMesh: the flat bytes read field by field, the reference record's
-// arrays copied out while they are still valid.
+// arrays copied out while they are still valid; ViewMesh without the copy.
 #include "mesh_decoding.h"
 
 #include <cstring>
@@ -22,7 +22,7 @@ T Load(const uint8_t* bytes) {
   return value;
 }
 
-bool DecodeReference(const uint8_t* bytes, Mesh* mesh, std::string* error) {
+bool ViewReference(const uint8_t* bytes, MeshView* view, std::string* error) {
   const auto record = Load<ZeltoMesh::MeshFrameData>(bytes);
   if (record.vertexCount < 0 || record.triangleCount < 0) {
     *error = "reference layout with a negative count";
@@ -33,16 +33,16 @@ bool DecodeReference(const uint8_t* bytes, Mesh* mesh, std::string* error) {
     *error = "reference layout with a null array";
     return false;
   }
-  const size_t vertex_values = 3 * static_cast<size_t>(record.vertexCount);
-  const size_t index_values = 3 * static_cast<size_t>(record.triangleCount);
-  mesh->vertices.assign(record.vertices, record.vertices + vertex_values);
-  mesh->triangles.assign(record.triangles, record.triangles + index_values);
-  mesh->resetTriangle = record.resetTriangle != 0;
-  mesh->layout = MeshLayout::kReference;
+  view->layout = MeshLayout::kReference;
+  view->vertexCount = record.vertexCount;
+  view->triangleCount = record.triangleCount;
+  view->resetTriangle = record.resetTriangle != 0;
+  view->vertexBytes = reinterpret_cast<const uint8_t*>(record.vertices);
+  view->triangleBytes = reinterpret_cast<const uint8_t*>(record.triangles);
   return true;
 }
 
-bool DecodeFlat(const uint8_t* bytes, size_t size, Mesh* mesh, std::string* error) {
+bool ViewFlat(const uint8_t* bytes, size_t size, MeshView* view, std::string* error) {
   const auto fail = [&](const char* what) {
     *error = std::string("flat layout of ") + std::to_string(size) + " bytes: " + what;
     return false;
@@ -57,12 +57,12 @@ bool DecodeFlat(const uint8_t* bytes, size_t size, Mesh* mesh, std::string* erro
   const size_t index_bytes = 12 * static_cast<size_t>(triangle_count);
   if (vertex_bytes + index_bytes + 9 != size) return fail("counts do not match the size");
 
-  mesh->vertices.resize(3 * static_cast<size_t>(vertex_count));
-  CopyBytes(mesh->vertices.data(), bytes + 4, vertex_bytes);
-  mesh->triangles.resize(3 * static_cast<size_t>(triangle_count));
-  CopyBytes(mesh->triangles.data(), bytes + 8 + vertex_bytes, index_bytes);
-  mesh->resetTriangle = bytes[8 + vertex_bytes + index_bytes] != 0;
-  mesh->layout = MeshLayout::kFlat;
+  view->layout = MeshLayout::kFlat;
+  view->vertexCount = vertex_count;
+  view->triangleCount = triangle_count;
+  view->resetTriangle = bytes[8 + vertex_bytes + index_bytes] != 0;
+  view->vertexBytes = bytes + 4;
+  view->triangleBytes = bytes + 8 + vertex_bytes;
   return true;
 }
 
@@ -72,13 +72,31 @@ const char* LayoutName(MeshLayout layout) {
   return layout == MeshLayout::kFlat ? "flat" : "reference";
 }
 
-bool DecodeMesh(const uint8_t* bytes, size_t size, Mesh* mesh, std::string* error) {
+bool ViewMesh(const uint8_t* bytes, size_t size, MeshView* view, std::string* error) {
   if (bytes == nullptr) {
     *error = "channel 0 has no data";
     return false;
   }
-  if (size == kReferenceLayoutSize) return DecodeReference(bytes, mesh, error);
-  return DecodeFlat(bytes, size, mesh, error);
+  if (size == kReferenceLayoutSize) return ViewReference(bytes, view, error);
+  return ViewFlat(bytes, size, view, error);
+}
+
+void CopyMesh(const MeshView& view, Mesh* mesh) {
+  mesh->vertices.resize(3 * static_cast<size_t>(view.vertexCount));
+  CopyBytes(mesh->vertices.data(), view.vertexBytes, 12 * static_cast<size_t>(view.vertexCount));
+  mesh->triangles.resize(3 * static_cast<size_t>(view.triangleCount));
+  CopyBytes(mesh->triangles.data(), view.triangleBytes,
+            12 * static_cast<size_t>(view.triangleCount));
+  mesh->colors.clear();
+  mesh->resetTriangle = view.resetTriangle;
+  mesh->layout = view.layout;
+}
+
+bool DecodeMesh(const uint8_t* bytes, size_t size, Mesh* mesh, std::string* error) {
+  MeshView view;
+  if (!ViewMesh(bytes, size, &view, error)) return false;
+  CopyMesh(view, mesh);
+  return true;
 }
 
 }  // namespace zelto_cli

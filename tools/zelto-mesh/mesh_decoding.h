@@ -21,4 +21,23 @@ constexpr size_t kReferenceLayoutSize = 28;
 // Returns false with `error` set when the bytes are neither layout.
 bool DecodeMesh(const uint8_t* bytes, size_t size, Mesh* mesh, std::string* error);
 
+// Where a delivered mesh's counts, flag and arrays are, without copying them:
+// a run that writes no file needs only the counts of most frames, and copying
+// 11 MB per frame would cost it more than the component's own work.
+struct MeshView {
+  MeshLayout layout = MeshLayout::kFlat;
+  int64_t vertexCount = 0;
+  int64_t triangleCount = 0;
+  bool resetTriangle = false;
+  const uint8_t* vertexBytes = nullptr;    // 12 bytes per vertex, any alignment
+  const uint8_t* triangleBytes = nullptr;  // 12 bytes per triangle, any alignment
+};
+
+// Validates as DecodeMesh does; the view is valid as long as the bytes (and,
+// for the reference layout, the arrays they name) are.
+bool ViewMesh(const uint8_t* bytes, size_t size, MeshView* view, std::string* error);
+
+// The arrays of `view` copied into `mesh` (colours cleared).
+void CopyMesh(const MeshView& view, Mesh* mesh);
+
 }  // namespace zelto_cli

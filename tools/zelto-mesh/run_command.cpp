@@ -129,13 +129,12 @@ int CheckInput(const RunOptions& options, std::optional<ZeltoSim::Recording>* re
   return kExitOk;
 }
 
-// Colours of a delivered mesh from the recording frame it was built from,
-// found by its capture time. The device delivers the frames in order and
-// stops at a file it cannot read; should a frame other than the next one
-// still arrive, the run stops there, naming the file, instead of numbering
-// the rest wrong.
-bool ColorizeDelivered(const ZeltoSim::Recording& recording, uint64_t timestamp, size_t* next,
-                       Mesh* mesh, std::string* error) {
+// The recording frame a delivered mesh was built from, found by its capture
+// time. The device delivers the frames in order and stops at a file it
+// cannot read; should a frame other than the next one still arrive, the run
+// stops there, naming the file, instead of numbering the rest wrong.
+bool MatchDelivered(const ZeltoSim::Recording& recording, uint64_t timestamp, size_t* next,
+                    std::string* error) {
   const std::optional<size_t> frame = FrameAtTimestamp(recording, timestamp, *next);
   if (!frame) {
     *error = "captured at " + std::to_string(timestamp) + " ns, the time of no frame of " +
@@ -143,12 +142,11 @@ bool ColorizeDelivered(const ZeltoSim::Recording& recording, uint64_t timestamp,
     return false;
   }
   if (*frame != *next && *next < recording.frameFiles.size()) {
-    *error = recording.frameFiles[*next] +
-             " was not delivered (the device passed over it)";
+    *error = recording.frameFiles[*next] + " was not delivered (the device passed over it)";
     return false;
   }
   *next = *frame + 1;
-  return ColorizeMesh(recording, *frame, mesh, error);
+  return true;
 }
 
 // Takes `frame_goal` frames from the started stream, writing each; keeps
@@ -186,14 +184,24 @@ int TakeFrames(weftcore::Stream* stream, const RunOptions& options,
     record.buildMs = std::chrono::duration<double, std::milli>(end - begin).count();
     weftcore::Channel::RawData raw;
     status = MeshChannel(frame, &raw);
-    // Decode now: the reference layout's arrays live until the call after next.
+    // Copy now: the reference layout's arrays live until the call after next.
+    // Without files the mesh itself is needed only for the preview of the
+    // last frame; every other frame gives its counts alone.
+    const bool keep_mesh = options.output.format != OutputFormat::kNone ||
+                           (!options.preview.empty() && index + 1 == frame_goal);
     const auto* bytes = static_cast<const uint8_t*>(raw.address);
-    const bool decoded = status.ok() && DecodeMesh(bytes, raw.size, last_mesh, &error);
+    MeshView view;
+    const bool decoded = status.ok() && ViewMesh(bytes, raw.size, &view, &error);
     std::string color_error;
-    const bool colored = decoded && (recording == nullptr ||
-                                     ColorizeDelivered(*recording, raw.timestamp,
-                                                       &next_recording_frame, last_mesh,
-                                                       &color_error));
+    bool colored =
+        decoded && (recording == nullptr ||
+                    MatchDelivered(*recording, raw.timestamp, &next_recording_frame, &color_error));
+    if (colored && keep_mesh) {
+      CopyMesh(view, last_mesh);
+      if (recording != nullptr) {
+        colored = ColorizeMesh(*recording, next_recording_frame - 1, last_mesh, &color_error);
+      }
+    }
     const bool written = colored && WriteFrame(options.output, index, bytes, raw.size,
                                                *last_mesh, &summary->bytesWritten, &error);
     const weftcore::Status released = stream->ReleaseFrame(frame);
@@ -206,10 +214,10 @@ int TakeFrames(weftcore::Stream* stream, const RunOptions& options,
     if (released.IsError()) return fail(ErrorLine("release frame", released), kExitFailure);
 
     record.capturedTimestamp = raw.timestamp;
-    record.vertexCount = last_mesh->VertexCount();
-    record.triangleCount = last_mesh->TriangleCount();
-    record.resetTriangle = last_mesh->resetTriangle;
-    record.layout = last_mesh->layout;
+    record.vertexCount = view.vertexCount;
+    record.triangleCount = view.triangleCount;
+    record.resetTriangle = view.resetTriangle;
+    record.layout = view.layout;
     record.bytes = raw.size;
     if (stats_file->is_open()) *stats_file << StatsLine(record) << "\n";
     summary->frames.push_back(record);
