@@ -36,8 +36,8 @@ class ZeltoMeshStreamSource : public weftcore::StreamSource {
   weftcore::Status Open(weftcore::Core* core, weftcore::StreamSourceUtility* util) override;
   using weftcore::StreamSource::Open;  // the one-argument base default stays
   weftcore::Status Close() override;
-  // The base's two registrations; one that cannot be allocated is logged and
-  // the stream goes on without it.
+  // The base's two registrations; a failed one is logged and the stream goes
+  // on without the properties not registered yet.
   void RegisterMandatoryProperties(weftcore::StreamSourceUtility* util) override;
 
   weftcore::Status Start() override;
