@@ -4,7 +4,7 @@ JOBS ?= $(shell nproc)
 ZELTO_MESH = build/default/bin/zelto-mesh
 
 .PHONY: all bootstrap build build-cli run test test-default test-asan test-tsan \
-  test-arm64 test-release-warnings bench clean
+  test-arm64 test-release-warnings bench soak clean
 
 all: build
 
@@ -64,6 +64,14 @@ test-release-warnings: bootstrap
 
 bench: build
 	build/default/bin/zelto_bench
+
+# The memory soak (bench/soak_main.cpp, docs/performance.md): 10,000 frames of
+# examples/redwood through the host while a client keeps changing the reduction
+# level and the layout; fails when the resident set grows.
+soak: bootstrap
+	cmake --preset default >/dev/null
+	cmake --build --preset default -j $(JOBS) --target zelto_soak
+	build/default/bin/zelto_soak
 
 clean:
 	rm -rf build out

@@ -104,6 +104,7 @@ void RunFill(benchmark::State& state,
       return;
     }
     benchmark::DoNotOptimize(frame.channels[0].memory->GetAddress());
+    builder.FrameReleased(frame.channels[0].memory);  // as the source's ReleaseFrame does
     allocator.Free(frame.channels[0].memory);
   };
   // Warm-up: both records allocated, frame memory recycled by the heap,

@@ -1,6 +1,9 @@
 // The component's factory: one source type, "mesh".
 #include "component/zelto_mesh_sourcefactory.h"
 
+#include <exception>
+
+#include "component/entry_guard.h"
 #include "component/zelto_mesh_constants.h"
 #include "component/zelto_mesh_streamsource.h"
 #include "logging/zelto_logger.h"
@@ -9,14 +12,22 @@ namespace {
 
 // The factory module's own logger, built at library load so that it reads
 // its settings file before the host asks for anything.
-[[maybe_unused]] ZeltoLogger logger;
+ZeltoLogger logger;
 
 }  // namespace
 
 void ZeltoMeshSourceFactory::GetSupportedList(const weftcore::ComponentArgument& /*args*/,
                                               std::vector<std::pair<std::string, int>>* list) {
   if (list == nullptr) return;  // nothing to append to
-  list->emplace_back(ZeltoMesh::kPortType, 0);
+  // The host loads the component inside this call and has no status to
+  // receive: a list that cannot grow stays as it was, with a log line, and
+  // the host then finds no "mesh" source.
+  try {
+    list->emplace_back(ZeltoMesh::kPortType, 0);
+  } catch (const std::exception& e) {
+    logger.WriteLog(ZeltoLogger::Debug, ZeltoMesh::kComponentName,
+                    "[%s] GetSupportedList: %s", ZeltoMesh::kComponentName, e.what());
+  }
 }
 
 weftcore::Status ZeltoMeshSourceFactory::CreateSource(const std::pair<std::string, int>& type,
@@ -30,6 +41,8 @@ weftcore::Status ZeltoMeshSourceFactory::CreateSource(const std::pair<std::strin
                             "Null pointer")
         .SetBlock(ZeltoMesh::kComponentName);
   }
-  *source = new ZeltoMeshStreamSource();
-  return weftcore::Status();
+  return ZeltoMesh::WithoutExceptions("CreateSource", [source] {
+    *source = new ZeltoMeshStreamSource();
+    return weftcore::Status();
+  });
 }

@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "component/entry_guard.h"
 #include "component/stream_source_logger.h"
 #include "component/zelto_mesh_constants.h"
 #include "properties/zelto_runtime_settings_property.h"
@@ -39,6 +40,22 @@ ZeltoMeshStreamSource::~ZeltoMeshStreamSource() = default;
 
 weftcore::Status ZeltoMeshStreamSource::Open(weftcore::Core* core,
                                              weftcore::StreamSourceUtility* util) {
+  // A failure part-way leaves what was opened to Close, as for any failed Open.
+  return ZeltoMesh::WithoutExceptions("Open", [&] { return OpenStreams(core, util); });
+}
+
+void ZeltoMeshStreamSource::RegisterMandatoryProperties(weftcore::StreamSourceUtility* util) {
+  try {
+    weftcore::StreamSource::RegisterMandatoryProperties(util);
+  } catch (const std::exception& e) {
+    StreamSourceLogger().WriteLog(ZeltoLogger::Debug, ZeltoMesh::kComponentName,
+                                  "[%s] RegisterMandatoryProperties: %s",
+                                  ZeltoMesh::kComponentName, e.what());
+  }
+}
+
+weftcore::Status ZeltoMeshStreamSource::OpenStreams(weftcore::Core* core,
+                                                    weftcore::StreamSourceUtility* util) {
   // A host bug is answered with a status rather than a crash inside the host.
   if (util == nullptr || core == nullptr) return NullPointer();
 
@@ -88,6 +105,10 @@ weftcore::Status ZeltoMeshStreamSource::Open(weftcore::Core* core,
 }
 
 weftcore::Status ZeltoMeshStreamSource::Close() {
+  return ZeltoMesh::WithoutExceptions("Close", [this] { return CloseStreams(); });
+}
+
+weftcore::Status ZeltoMeshStreamSource::CloseStreams() {
   // A host may call Close twice (once itself, once on shutdown): each array
   // is freed once and every pointer nulled, so the second call frees nothing.
   meshBuilder.ReleaseArrays();

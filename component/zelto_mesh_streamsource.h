@@ -30,13 +30,20 @@ class ZeltoMeshStreamSource : public weftcore::StreamSource {
   explicit ZeltoMeshStreamSource(Clock clock = &SteadyClock::now);
   ~ZeltoMeshStreamSource() override;
 
+  // Every operation the host calls answers a failed allocation (or any
+  // other exception) with a status or, for GetFrames, a log line and no
+  // frame: nothing is thrown back into the host.
   weftcore::Status Open(weftcore::Core* core, weftcore::StreamSourceUtility* util) override;
   using weftcore::StreamSource::Open;  // the one-argument base default stays
   weftcore::Status Close() override;
+  // The base's two registrations; a failed one is logged and the stream goes
+  // on without the properties not registered yet.
+  void RegisterMandatoryProperties(weftcore::StreamSourceUtility* util) override;
 
   weftcore::Status Start() override;
   weftcore::Status Stop() override;
   void GetFrames(std::vector<weftcore::FrameInfo>* frames) override;
+  // Any thread, also while GetFrames runs.
   weftcore::Status ReleaseFrame(const weftcore::FrameInfo& frameinfo,
                                 const std::vector<uint32_t>* referenced_channel_ids) override;
 
@@ -64,6 +71,11 @@ class ZeltoMeshStreamSource : public weftcore::StreamSource {
                                  float fy, float cx, float cy);
 
  private:
+  // The operations above without their exception guard.
+  weftcore::Status OpenStreams(weftcore::Core* core, weftcore::StreamSourceUtility* util);
+  weftcore::Status CloseStreams();
+  weftcore::Status StartInput();
+  weftcore::Status StopInput();
   void PaceFrameRequests();
   // Caches the camera's image size and intrinsics.
   void ReadCameraConfiguration();

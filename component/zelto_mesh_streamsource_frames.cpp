@@ -5,6 +5,7 @@
 #include <exception>
 #include <map>
 
+#include "component/entry_guard.h"
 #include "component/stream_source_logger.h"
 #include "component/zelto_mesh_constants.h"
 #include "component/zelto_mesh_streamsource.h"
@@ -32,19 +33,29 @@ class UpstreamFrameRelease {
   weftcore::Frame* frame_;
 };
 
+// Hands a frame's memory back to the allocator, after telling the builder
+// that the arrays a reference-layout frame named are no longer read through it.
+void FreeFrameMemory(const weftcore::FrameInfo& frame, weftcore::MemoryAllocator* allocator,
+                     ZeltoMesh::MeshBuilder* builder) {
+  for (const weftcore::ChannelRawData& channel : frame.channels) {
+    if (channel.memory == nullptr) continue;
+    builder->FrameReleased(channel.memory);
+    allocator->Free(channel.memory);
+  }
+}
+
 // The frame memory is taken from the host's allocator while the mesh is
 // built, before anyone knows whether the frame will be delivered. Memory of a
 // frame that never reached `frames` goes straight back, so a failure or an
 // exception after fillFrameData leaks nothing.
 class UndeliveredFrameMemory {
  public:
-  UndeliveredFrameMemory(weftcore::MemoryAllocator* allocator, weftcore::FrameInfo* frame)
-      : allocator_(allocator), frame_(frame) {}
+  UndeliveredFrameMemory(weftcore::MemoryAllocator* allocator, weftcore::FrameInfo* frame,
+                         ZeltoMesh::MeshBuilder* builder)
+      : allocator_(allocator), frame_(frame), builder_(builder) {}
   ~UndeliveredFrameMemory() {
     if (delivered_ || allocator_ == nullptr) return;
-    for (const weftcore::ChannelRawData& channel : frame_->channels) {
-      if (channel.memory != nullptr) allocator_->Free(channel.memory);
-    }
+    FreeFrameMemory(*frame_, allocator_, builder_);
   }
   void Delivered() { delivered_ = true; }
   UndeliveredFrameMemory(const UndeliveredFrameMemory&) = delete;
@@ -53,6 +64,7 @@ class UndeliveredFrameMemory {
  private:
   weftcore::MemoryAllocator* allocator_;
   weftcore::FrameInfo* frame_;
+  ZeltoMesh::MeshBuilder* builder_;
   bool delivered_ = false;
 };
 
@@ -70,6 +82,14 @@ void LogFillFrameError(const char* message) {
 }  // namespace
 
 weftcore::Status ZeltoMeshStreamSource::Start() {
+  return ZeltoMesh::WithoutExceptions("Start", [this] { return StartInput(); });
+}
+
+weftcore::Status ZeltoMeshStreamSource::Stop() {
+  return ZeltoMesh::WithoutExceptions("Stop", [this] { return StopInput(); });
+}
+
+weftcore::Status ZeltoMeshStreamSource::StartInput() {
   // Without a successful Open there are no streams to start from; a host
   // that calls Start anyway gets a status rather than a crash.
   if (zeltoStream == nullptr) {
@@ -105,7 +125,7 @@ weftcore::Status ZeltoMeshStreamSource::Start() {
   return weftcore::Status();
 }
 
-weftcore::Status ZeltoMeshStreamSource::Stop() {
+weftcore::Status ZeltoMeshStreamSource::StopInput() {
   // The segmentation stream stays open for the next Start; the frame thread
   // closes it when masking is switched off, Close in any case.
   if (segmentationStream != nullptr) segmentationStream->Stop();
@@ -220,7 +240,7 @@ void ZeltoMeshStreamSource::ProduceFrame(weftcore::Frame* upstream,
     return;
   }
   weftcore::FrameInfo frame;
-  UndeliveredFrameMemory undelivered(allocator, &frame);
+  UndeliveredFrameMemory undelivered(allocator, &frame, &meshBuilder);
   const weftcore::Status status =
       fillFrameData(&frame, allocator, static_cast<const int16_t*>(raw.address), width, height,
                     fx, fy, cx, cy);
@@ -248,8 +268,8 @@ weftcore::Status ZeltoMeshStreamSource::fillFrameData(weftcore::FrameInfo* frame
 weftcore::Status ZeltoMeshStreamSource::ReleaseFrame(
     const weftcore::FrameInfo& frameinfo, const std::vector<uint32_t>* /*referenced_channel_ids*/) {
   if (allocator == nullptr) return weftcore::Status();  // nothing can have been allocated
-  for (const weftcore::ChannelRawData& channel : frameinfo.channels) {
-    if (channel.memory != nullptr) allocator->Free(channel.memory);
-  }
+  // The host may release on any thread while GetFrames runs; the builder
+  // guards what it shares with the frame thread.
+  FreeFrameMemory(frameinfo, allocator, &meshBuilder);
   return weftcore::Status();
 }

@@ -9,6 +9,7 @@
 // stopped or closed: those calls go into the host, which may call back.
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "component/stream_source_logger.h"
@@ -22,16 +23,18 @@ using ZeltoSegmentation::ZeltoSegmentationMaskDataProperty_;
 using ZeltoSegmentation::ZeltoSegmentationMaskInfo_;
 
 // The request list: one entry per mask info, in order, all mask data fields 0.
-void RebuildRequestList(const std::vector<ZeltoSegmentationMaskInfo_>& maskInfo,
-                        ZeltoSegmentationMaskDataListProperty_* list) {
-  list->data.clear();
+std::vector<ZeltoSegmentationMaskDataProperty_> RequestList(
+    const std::vector<ZeltoSegmentationMaskInfo_>& maskInfo) {
+  std::vector<ZeltoSegmentationMaskDataProperty_> requests;
+  requests.reserve(maskInfo.size());
   for (const ZeltoSegmentationMaskInfo_& info : maskInfo) {
     ZeltoSegmentationMaskDataProperty_ request;
     request.name = info.name;
     request.isColorSource = info.isColorSource;
     request.isInvertMask = info.isInvertMask;
-    list->data.push_back(request);
+    requests.push_back(std::move(request));
   }
+  return requests;
 }
 
 // Every failure of this file is logged at Debug as "<what> cause:%d message:%s".
@@ -70,7 +73,7 @@ void ZeltoMeshStreamSource::StartSegmentationStream() {
     return;
   }
   std::lock_guard<std::mutex> lock(maskMutex);
-  RebuildRequestList(maskSettings.maskInfo, &maskDataList);
+  maskDataList.data = RequestList(maskSettings.maskInfo);
 }
 
 void ZeltoMeshStreamSource::StopSegmentationStream() {
@@ -139,11 +142,16 @@ weftcore::Status ZeltoMeshStreamSource::Set(
                                 ZeltoMesh::kComponentName, ZeltoMesh::kZeltoMeshMaskSettingsKey,
                                 static_cast<const void*>(property));
   if (property == nullptr) return NullRecord();
+  // The copies are made before anything is stored: when one cannot be
+  // allocated, the Set fails with the settings and the requests as they were.
+  std::vector<ZeltoSegmentationMaskInfo_> maskInfo = property->maskInfo;
+  std::vector<ZeltoSegmentationMaskDataProperty_> requests;
+  if (property->enabled) requests = RequestList(maskInfo);
   std::lock_guard<std::mutex> lock(maskMutex);
   maskSettings.enabled = property->enabled;
-  if (&maskSettings.maskInfo != &property->maskInfo) maskSettings.maskInfo = property->maskInfo;
+  maskSettings.maskInfo.swap(maskInfo);
   maskSettings.maskThreshold = property->maskThreshold;
   maskedPointCloud.maskThreshold = property->maskThreshold;
-  if (maskSettings.enabled) RebuildRequestList(maskSettings.maskInfo, &maskDataList);
+  if (maskSettings.enabled) maskDataList.data.swap(requests);
   return weftcore::Status();
 }

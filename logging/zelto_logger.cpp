@@ -4,7 +4,10 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <vector>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <new>
 
 #include "logging/zelto_log_settings.h"
 #include "logging/zelto_logger_platform.h"
@@ -17,27 +20,54 @@ constexpr char kNullMessage[] = "(null)";
 // The logger module's own instance; every module holds one (zelto_logger.h).
 [[maybe_unused]] ZeltoLogger logger;
 
-// Formats into a buffer sized for this message alone, so a message has no
-// length limit, and hands the record to the platform log. The buffer lives
-// only for this call, so concurrent writers share nothing.
+// The platform log, or the host's sink in its place. A record the sink cannot
+// take (it throws, out of memory) is dropped: logging never fails its caller.
+void EmitRecord(ZeltoLogger::PlatformLogType type, const std::string& tag, const char* message) {
+  try {
+    ZeltoLoggerPlatform::Emit(type, tag.c_str(), message);
+  } catch (const std::exception&) {
+    return;
+  }
+}
+
+// A message that fits here is formatted without touching the heap, which
+// is what a log line about exhausted memory needs.
+constexpr size_t kStackMessageSize = 512;
+constexpr char kTruncatedByMemory[] = " [truncated: out of memory]";
+
+// Formats the message, without a length limit, and hands the record to the
+// platform log. The buffers live only for this call, so concurrent writers
+// share nothing. A longer message whose buffer cannot be allocated goes out
+// cut short, and says so, instead of throwing into the caller.
 void FormatAndEmit(ZeltoLogger::LogLevel level, const std::string& tag, const char* format,
                    va_list args) {
-  va_list measure;
-  va_copy(measure, args);
-  const int length = std::vsnprintf(nullptr, 0, format, measure);
-  va_end(measure);
+  char text[kStackMessageSize];
+  va_list first;
+  va_copy(first, args);
+  const int length = std::vsnprintf(text, sizeof text, format, first);
+  va_end(first);
   const ZeltoLogger::PlatformLogType type = ZeltoLogger::GetIosLogLevel(level);
   if (length < 0) {
     // The arguments cannot be formatted (a wide string the locale cannot
     // convert). The record still goes out, as the "(null)" the unified log
     // prints for a missing message, so the failure is visible in the log
     // and no sink is ever handed a null pointer.
-    ZeltoLoggerPlatform::Emit(type, tag.c_str(), kNullMessage);
+    EmitRecord(type, tag, kNullMessage);
     return;
   }
-  std::vector<char> message(static_cast<size_t>(length) + 1, '\0');
-  std::vsnprintf(message.data(), message.size(), format, args);
-  ZeltoLoggerPlatform::Emit(type, tag.c_str(), message.data());
+  if (static_cast<size_t>(length) < sizeof text) {
+    EmitRecord(type, tag, text);
+    return;
+  }
+  std::unique_ptr<char[]> message(new (std::nothrow) char[static_cast<size_t>(length) + 1]);
+  if (!message) {
+    std::memcpy(text + sizeof text - sizeof kTruncatedByMemory, kTruncatedByMemory,
+                sizeof kTruncatedByMemory);
+    EmitRecord(type, tag, text);
+    return;
+  }
+  std::vsnprintf(message.get(), static_cast<size_t>(length) + 1, format, args);
+  EmitRecord(type, tag, message.get());
 }
 
 }  // namespace
@@ -45,10 +75,17 @@ void FormatAndEmit(ZeltoLogger::LogLevel level, const std::string& tag, const ch
 ZeltoLogger::ZeltoLogger() : settingsFileName(kSettingsFileName), level(Silent) { Initialize(); }
 
 void ZeltoLogger::Initialize() {
-  std::string path;
-  if (!ZeltoLoggerPlatform::LocateSettingsFile(settingsFileName, &path)) return;
-  LogLevel selected = Silent;
-  if (ZeltoLogSettings::ReadLevelFromFile(path, &selected)) SetLogLevel(selected);
+  // Runs while the host loads the library, where an exception would end the
+  // process: a settings file that cannot be searched for or read for want
+  // of memory is treated as absent.
+  try {
+    std::string path;
+    if (!ZeltoLoggerPlatform::LocateSettingsFile(settingsFileName, &path)) return;
+    LogLevel selected = Silent;
+    if (ZeltoLogSettings::ReadLevelFromFile(path, &selected)) SetLogLevel(selected);
+  } catch (const std::exception&) {
+    return;
+  }
 }
 
 ZeltoLogger::LogLevel ZeltoLogger::GetLogLevel() const {

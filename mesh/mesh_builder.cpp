@@ -2,6 +2,7 @@
 // for the flat layout, straight into the frame memory.
 #include "mesh/mesh_builder.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <new>
 #include <stdexcept>
@@ -57,6 +58,12 @@ weftcore::Status MeshBuilder::Build(weftcore::FrameInfo* frame,
   const int32_t vertexCount = static_cast<int32_t>(grid.vertexCount);
   const int32_t triangleCount = static_cast<int32_t>(grid.triangleCount);
   if (triangleCount > 0) zRows_.resize(2 * static_cast<size_t>(grid.nx));
+  if (!flatLayout) {
+    // Room for this frame's lease, so that recording it after the frame is
+    // built cannot fail.
+    std::lock_guard<std::mutex> lock(leaseMutex_);
+    if (leases_.size() == leases_.capacity()) leases_.reserve(2 * leases_.size() + 1);
+  }
 
   const bool reset = NextResetFlag();
   Slot& slot = FlipDoubleBuffer(flagsMutex);
@@ -88,6 +95,7 @@ weftcore::Status MeshBuilder::Build(weftcore::FrameInfo* frame,
           : WriteReferenceLayout(block, slot.record);
   if (!written) return Failure(weftcore::kCauseOutOfMemory, "frame memory write failed.");
   block.Append();
+  if (layout == MeshLayout::kReference) LeaseArrays(frame->channels.back().memory, slot);
   return weftcore::Status();
 }
 
@@ -165,22 +173,59 @@ void MeshBuilder::EnsureArrays(Slot& slot, int32_t vertexCount, int32_t triangle
   std::unique_ptr<int32_t[]> triangles;
   if (newVertices) vertices.reset(new float[3 * static_cast<size_t>(vertexCount)]);
   if (newTriangles) triangles.reset(new int32_t[3 * static_cast<size_t>(triangleCount)]);
+  std::lock_guard<std::mutex> lock(leaseMutex_);
   if (newVertices && slot.vertices) retiredVertices_.reserve(retiredVertices_.size() + 1);
   if (newTriangles && slot.triangles) retiredTriangles_.reserve(retiredTriangles_.size() + 1);
   if (newTriangles) slot.split.Resize(triangleCount / 2);
 
   if (newVertices) {
-    if (slot.vertices) retiredVertices_.push_back(std::move(slot.vertices));
+    Retire(std::move(slot.vertices), &retiredVertices_);
     slot.vertices = std::move(vertices);
     slot.record.vertices = slot.vertices.get();
   }
   if (newTriangles) {
-    if (slot.triangles) retiredTriangles_.push_back(std::move(slot.triangles));
+    Retire(std::move(slot.triangles), &retiredTriangles_);
     slot.triangles = std::move(triangles);
     slot.record.triangles = slot.triangles.get();
   }
   slot.record.vertexCount = vertexCount;
   slot.record.triangleCount = triangleCount;
+}
+
+template <typename T>
+void MeshBuilder::Retire(std::unique_ptr<T[]> array, std::vector<std::unique_ptr<T[]>>* retired) {
+  // Flat-layout frames carry copies, so only an unreleased reference-layout
+  // frame can still read the array; without one it goes at once, and a
+  // client that keeps changing the reduction level does not grow the heap.
+  if (array && Leased(array.get())) retired->push_back(std::move(array));
+}
+
+bool MeshBuilder::Leased(const void* array) const {
+  return std::any_of(leases_.begin(), leases_.end(), [array](const Lease& lease) {
+    return lease.vertices == array || lease.triangles == array;
+  });
+}
+
+void MeshBuilder::LeaseArrays(const weftcore::Memory* memory, const Slot& slot) {
+  std::lock_guard<std::mutex> lock(leaseMutex_);
+  leases_.push_back(Lease{memory, slot.vertices.get(), slot.triangles.get()});
+}
+
+void MeshBuilder::FrameReleased(const weftcore::Memory* memory) {
+  if (memory == nullptr) return;
+  std::lock_guard<std::mutex> lock(leaseMutex_);
+  const auto found = std::find_if(leases_.begin(), leases_.end(),
+                                  [memory](const Lease& lease) { return lease.memory == memory; });
+  if (found == leases_.end()) return;
+  *found = leases_.back();
+  leases_.pop_back();
+  const auto unnamed = [this](const auto& array) { return !Leased(array.get()); };
+  retiredVertices_.erase(
+      std::remove_if(retiredVertices_.begin(), retiredVertices_.end(), unnamed),
+      retiredVertices_.end());
+  retiredTriangles_.erase(
+      std::remove_if(retiredTriangles_.begin(), retiredTriangles_.end(), unnamed),
+      retiredTriangles_.end());
 }
 
 void MeshBuilder::ReleaseArrays() {
@@ -191,6 +236,10 @@ void MeshBuilder::ReleaseArrays() {
     slot->record.triangles = nullptr;
     slot->split.Release();
   }
+  // Frames still out name freed arrays from here on; releasing them later
+  // finds no lease and frees nothing twice.
+  std::lock_guard<std::mutex> lock(leaseMutex_);
+  leases_.clear();
   retiredVertices_.clear();
   retiredTriangles_.clear();
 }

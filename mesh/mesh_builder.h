@@ -37,6 +37,12 @@ class MeshBuilder {
                         float cx, float cy, std::mutex& flagsMutex, bool flatRawData,
                         const std::atomic<bool>& frameRate30);
 
+  // The host has released the frame whose mesh channel is `memory`: a
+  // reference-layout frame no longer pins the arrays it names, and a retired
+  // array that no other unreleased frame names is freed here. Any thread may
+  // call it while Fill runs; memory the builder never handed out is ignored.
+  void FrameReleased(const weftcore::Memory* memory);
+
   // The source's Close: frees every array the records have pointed to, the
   // current and the retired ones, each once, and nulls the four record
   // pointers. A second call frees nothing.
@@ -67,6 +73,13 @@ class MeshBuilder {
   void WriteMesh(Slot& slot, const MeshGrid& grid, bool reset, const int16_t* depth,
                  int32_t width, int32_t height, const PinholeIntrinsics& intrinsics,
                  float* flatVertices, int32_t* flatTriangles);
+  // Records that `memory`, a reference-layout frame just built, names the
+  // slot's arrays until FrameReleased. Capacity is reserved beforehand.
+  void LeaseArrays(const weftcore::Memory* memory, const Slot& slot);
+  // Frees a replaced array at once unless an unreleased frame names it.
+  template <typename T>
+  void Retire(std::unique_ptr<T[]> array, std::vector<std::unique_ptr<T[]>>* retired);
+  bool Leased(const void* array) const;
   bool NextResetFlag();
   Slot& FlipDoubleBuffer(std::mutex& flagsMutex);
   void EnsureArrays(Slot& slot, int32_t vertexCount, int32_t triangleCount);
@@ -79,9 +92,20 @@ class MeshBuilder {
   uint8_t frameDataToggle = 1;   // which record the next frame writes
   Slot first_;
   Slot second_;
-  // Arrays replaced when a record's counts change. A reference-layout frame
-  // handed out earlier names them by address and may still be read after
-  // the next frames, so they stay allocated until ReleaseArrays (Close).
+  // A reference-layout frame the host has not released yet, and the arrays
+  // whose addresses it carries.
+  struct Lease {
+    const weftcore::Memory* memory;
+    const float* vertices;
+    const int32_t* triangles;
+  };
+  // The host releases frames on any thread, also while Fill runs: the leases
+  // and the retired arrays are shared under this lock.
+  std::mutex leaseMutex_;
+  std::vector<Lease> leases_;
+  // Arrays replaced when a record's counts change while an unreleased
+  // reference-layout frame still names them by address. Each is freed by
+  // the release of the last frame naming it, or by ReleaseArrays (Close).
   std::vector<std::unique_ptr<float[]>> retiredVertices_;
   std::vector<std::unique_ptr<int32_t[]>> retiredTriangles_;
   // Two grid rows of depths (z in metres) for the re-fit of reset frames.

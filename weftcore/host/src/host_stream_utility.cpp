@@ -32,7 +32,9 @@ Status HostStreamUtility::RegisterProperty(PropertyAccessor* accessor) {
                   accessor->key().c_str())
         .SetBlock("core");
   }
-  properties_.emplace(accessor->key(), std::unique_ptr<PropertyAccessor>(accessor));
+  // The registry owns the accessor only once its entry exists: when the entry
+  // cannot be allocated, the caller still owns it and frees it.
+  properties_.emplace(accessor->key(), nullptr).first->second.reset(accessor);
   return Status();
 }
 

@@ -6,6 +6,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <exception>
+#include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -41,8 +44,45 @@ class DeserializedPropertyAccessor final : public PropertyAccessor {
   DeserializedPropertyAccessor(const std::string& key, Source* source)
       : PropertyAccessor(key), source_(source) {}
 
+  // Set, Get and Release are called by clients through the host: a failed
+  // allocation (decoding, the handler's copies, the reply array) comes back
+  // as a status with cause 6, never as an exception into the host.
   Status Set(const std::string& key, const void* serialized_property,
              size_t serialized_size) override {
+    return Guarded(key, [&] { return Decode(key, serialized_property, serialized_size); });
+  }
+
+  Status Get(const std::string& key, void** serialized_property, size_t* serialized_size,
+             const void* serialized_input_property, size_t serialized_input_size) override {
+    return Guarded(key, [&] {
+      return Answer(key, serialized_property, serialized_size, serialized_input_property,
+                    serialized_input_size);
+    });
+  }
+
+  Status Release(const std::string& /*key*/, void* serialized_property,
+                 size_t serialized_size) override {
+    if (serialized_property != nullptr && serialized_size != 0) {
+      delete[] static_cast<uint8_t*>(serialized_property);
+    }
+    return Status();
+  }
+
+ private:
+  template <typename Body>
+  static Status Guarded(const std::string& key, Body&& body) {
+    try {
+      return body();
+    } catch (const std::bad_alloc&) {
+      return Status(kLevelError, kCauseOutOfMemory, "property %s: out of memory", key.c_str())
+          .SetBlock("core");
+    } catch (const std::exception& e) {
+      return Status(kLevelError, kCauseUnknown, "property %s: %s", key.c_str(), e.what())
+          .SetBlock("core");
+    }
+  }
+
+  Status Decode(const std::string& key, const void* serialized_property, size_t serialized_size) {
     Status status;
     if (serialized_property != nullptr && serialized_size != 0) {
       T record{};
@@ -57,8 +97,8 @@ class DeserializedPropertyAccessor final : public PropertyAccessor {
     return status;
   }
 
-  Status Get(const std::string& key, void** serialized_property, size_t* serialized_size,
-             const void* serialized_input_property, size_t serialized_input_size) override {
+  Status Answer(const std::string& key, void** serialized_property, size_t* serialized_size,
+                const void* serialized_input_property, size_t serialized_input_size) {
     if (serialized_property == nullptr) {
       return Status(kLevelError, kCauseInvalidArgument, "serialized_property is null")
           .SetBlock("core");
@@ -85,26 +125,19 @@ class DeserializedPropertyAccessor final : public PropertyAccessor {
     status = encoder.Push(record);
     if (status.IsError()) return status.AddTrace(nullptr, 0);
 
+    // The reply is the client's until Release: handed out only once
+    // everything that can fail has succeeded.
     const size_t size = buffer.size();
-    uint8_t* bytes = nullptr;
+    std::unique_ptr<uint8_t[]> bytes;
     if (size != 0) {
-      bytes = new uint8_t[size];
-      serialize::Memcpy(bytes, size, buffer.data(), size);
+      bytes.reset(new uint8_t[size]);
+      serialize::Memcpy(bytes.get(), size, buffer.data(), size);
     }
     *serialized_size = size;
-    *serialized_property = bytes;
+    *serialized_property = bytes.release();
     return Status();
   }
 
-  Status Release(const std::string& /*key*/, void* serialized_property,
-                 size_t serialized_size) override {
-    if (serialized_property != nullptr && serialized_size != 0) {
-      delete[] static_cast<uint8_t*>(serialized_property);
-    }
-    return Status();
-  }
-
- private:
   Source* source_;  // not owned
 };
 

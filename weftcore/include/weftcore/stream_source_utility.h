@@ -2,6 +2,7 @@
 // allocators and the registry of the properties the source serves.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "weftcore/export.h"
@@ -25,11 +26,14 @@ class WEFTCORE_API StreamSourceUtility {
 
   template <typename T, typename Source>
   Status CreateProperty(const std::string& key, Source* source) {
-    PropertyAccessor* accessor = new DeserializedPropertyAccessor<Source, T>(key, source);
-    Status status = RegisterProperty(accessor);
+    // Freed here unless the registry took it, also when registering throws.
+    std::unique_ptr<PropertyAccessor> accessor(
+        new DeserializedPropertyAccessor<Source, T>(key, source));
+    Status status = RegisterProperty(accessor.get());
     if (status.IsError()) {
-      delete accessor;
       status.AddTrace(nullptr, 0);
+    } else {
+      accessor.release();
     }
     return status;
   }
