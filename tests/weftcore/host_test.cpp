@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
 
 #include "properties/zelto_tof_properties.h"
 #include "support/log_capture.h"
@@ -99,6 +100,25 @@ TEST(HostStream, WaitsForAPacedFrameUntilTheDeviceSignalsIt) {
   EXPECT_LT(elapsed, std::chrono::seconds(5));
 }
 
+// Makes a PNG's compressed data invalid under chunk checksums that still
+// match, as a writer's bug would: only decoding the image finds it.
+void BreakImageData(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::string png((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  const size_t type = png.find("IDAT");
+  png[type + 4] = png[type + 5] = '\xff';  // the zlib stream's header
+  size_t length = 0;
+  for (size_t i = type - 4; i < type; ++i) length = length << 8 | uint8_t(png[i]);
+  uint32_t crc = 0xffffffffu;
+  for (size_t i = type; i < type + 4 + length; ++i) {
+    crc ^= uint8_t(png[i]);
+    for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (0xedb88320u & (0u - (crc & 1u)));
+  }
+  crc = ~crc;
+  for (int i = 0; i < 4; ++i) png[type + 4 + length + i] = char(crc >> (24 - 8 * i));
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << png;
+}
+
 // A frame whose file turns out unreadable ends the delivery there, once
 // said: the frames after it are not handed out under its number.
 TEST(HostStream, UnreadableFrameStopsTheDeviceWithOneLineNamingTheFile) {
@@ -106,7 +126,7 @@ TEST(HostStream, UnreadableFrameStopsTheDeviceWithOneLineNamingTheFile) {
   std::filesystem::remove_all(dir);  // left by a crashed run of an earlier process
   std::filesystem::copy(std::string(ZELTO_EXAMPLES_DIR) + "/redwood", dir,
                         std::filesystem::copy_options::recursive);
-  std::filesystem::resize_file(dir / "depth/00001.png", 100);  // the header still reads
+  BreakImageData((dir / "depth/00001.png").string());
   HostConfiguration configuration = Configuration();
   configuration.components["sim"].args.values = {{"input", dir.string()}};
   HostCore core(configuration, {kLibraries});
@@ -116,9 +136,13 @@ TEST(HostStream, UnreadableFrameStopsTheDeviceWithOneLineNamingTheFile) {
   ASSERT_TRUE(core.OpenStream("camera", &camera).ok() && camera->Start().ok());
   for (int i = 0; i < 3; ++i) ASSERT_TRUE(camera->GetFrame(&frames[i], i == 0 ? 5000 : 100).ok());
   EXPECT_TRUE(frames[0] != nullptr && frames[1] == nullptr && frames[2] == nullptr);
-  EXPECT_EQ(log.records(), std::vector<zelto_test::LogRecord>({{16, "ZeltoSim",
-      "tof_camera: frame delivery stopped: " + (dir / "depth/00001.png").string() +
-      ": not a readable PNG (end of stream)"}}));
+  // The decoder's own words in the parentheses are not ours to pin.
+  const std::string said = "tof_camera: frame delivery stopped: " +
+                           (dir / "depth/00001.png").string() + ": not a readable PNG (";
+  ASSERT_EQ(log.records().size(), 1u);
+  EXPECT_EQ(log.records()[0].type, 16);
+  EXPECT_EQ(log.records()[0].tag, "ZeltoSim");
+  EXPECT_EQ(log.records()[0].message.substr(0, said.size()), said);
   std::filesystem::remove_all(dir);
 }
 
