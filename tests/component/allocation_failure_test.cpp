@@ -5,17 +5,20 @@
 #include <functional>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "component/component_entry.h"
 #include "component/stream_source_logger.h"
 #include "component/zelto_mesh_sourcefactory.h"
 #include "tests/component/mesh_source_fixture.h"
 
-static std::atomic<long> allocationsBeforeFailure{-1};  // 0 fails the next allocation, < 0 none
+// 0 fails the next allocation, < 0 none. Per thread: only the calls the test
+// makes fail, not the device's own decoding threads running beside them.
+static thread_local long allocationsBeforeFailure = -1;
 static std::atomic<long long> liveBytes{0};
 
 void* operator new(size_t size) {
-  void* block = allocationsBeforeFailure.fetch_sub(1) == 0 ? nullptr : malloc(size);
+  void* block = allocationsBeforeFailure-- == 0 ? nullptr : malloc(size);
   if (block == nullptr) throw std::bad_alloc();
   liveBytes += static_cast<long long>(malloc_usable_size(block));
   return block;
@@ -110,7 +113,7 @@ TEST_F(AllocationFailure, EveryEntryPointTurnsAFailedAllocationIntoAStatusOrADro
       Status status;
       allocationsBeforeFailure = n - 1;
       EXPECT_NO_THROW(status = rows[k].second());
-      const bool failed = allocationsBeforeFailure.exchange(-1) < 0;
+      const bool failed = std::exchange(allocationsBeforeFailure, -1) < 0;
       delivered.swap(frames);  // CloseSource releases them
       EXPECT_TRUE(status.ok() || (failed && !status.message().empty())) << status.message();
       if (!failed) break;

@@ -1,5 +1,8 @@
+// FramePrefetcher: the device's decoding threads and the queue that hands
+// their frames out in order.
 #include "component/frame_prefetcher.h"
 
+#include <new>
 #include <utility>
 
 #include "weftcore/frame_signal.h"
@@ -60,6 +63,18 @@ bool FramePrefetcher::Ended() const {
   return nextToQueue_ == failedAt_ || (limit_ != 0 && nextToQueue_ >= limit_);
 }
 
+// A thread of the device must not end the process: a frame it cannot
+// allocate for fails like a frame it cannot read.
+weftcore::Status FramePrefetcher::ReadFrame(uint64_t index, std::vector<int16_t>* points) const {
+  try {
+    return device_->ReadFrame(index, points);
+  } catch (const std::bad_alloc&) {
+    return weftcore::Status(weftcore::kLevelError, weftcore::kCauseOutOfMemory,
+                            "frame %llu: out of memory", static_cast<unsigned long long>(index))
+        .SetBlock(kStatusBlock);
+  }
+}
+
 void FramePrefetcher::Run() {
   std::unique_lock<std::mutex> lock(mutex_);
   while (!stopping_) {
@@ -75,7 +90,7 @@ void FramePrefetcher::Run() {
         spares_.pop_back();
       }
       lock.unlock();
-      weftcore::Status status = device_->ReadFrame(index, &points);
+      weftcore::Status status = ReadFrame(index, &points);
       lock.lock();
       --reading_;
       if (status.ok()) {

@@ -60,6 +60,7 @@ class FramePrefetcher {
   using Clock = std::chrono::steady_clock;
 
   void Run();
+  weftcore::Status ReadFrame(uint64_t index, std::vector<int16_t>* points) const;
   Clock::time_point DueTime(uint64_t index) const;
   // Signals the queued frames that have become due; the earliest one that
   // has not, if any, in `next_due`.
