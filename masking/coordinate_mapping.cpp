@@ -14,22 +14,7 @@ void MaskedPointCloud::SetupCoordinate() {
   // frame keeps the calibration it gave before, and the inverse is computed
   // all the same. A calibration change upstream shows on the next frame.
   static_cast<void>(stream->GetProperty(ZeltoTof::kZeltoTofCalibrationSettingsKey, &calibration));
-
-  const ZeltoTof::Matrix_& r = calibration.R;
-  // Adjugate over determinant. No zero test: an uncalibrated camera reports
-  // a zero matrix, whose inverse is NaN or infinite, and every mapping then
-  // fails its range tests, so no point is masked until a calibration arrives.
-  const float det = r.a * (r.e * r.i - r.f * r.h) - r.b * (r.d * r.i - r.f * r.g) +
-                    r.c * (r.d * r.h - r.e * r.g);
-  inverseRotation[0] = (r.e * r.i - r.f * r.h) / det;
-  inverseRotation[1] = (r.c * r.h - r.b * r.i) / det;
-  inverseRotation[2] = (r.b * r.f - r.c * r.e) / det;
-  inverseRotation[3] = (r.f * r.g - r.d * r.i) / det;
-  inverseRotation[4] = (r.a * r.i - r.c * r.g) / det;
-  inverseRotation[5] = (r.c * r.d - r.a * r.f) / det;
-  inverseRotation[6] = (r.d * r.h - r.e * r.g) / det;
-  inverseRotation[7] = (r.b * r.g - r.a * r.h) / det;
-  inverseRotation[8] = (r.a * r.e - r.b * r.d) / det;
+  Zelto::InvertRotation(calibration.R, inverseRotation);
 }
 
 std::pair<float, float> MaskedPointCloud::CameraToColor(const Zelto::ZeltoVector3_& p) const {

@@ -27,6 +27,23 @@ struct ColorLens {
   F width, height;
 };
 
+// R's inverse as adjugate over determinant, row by row. No zero test: an
+// uncalibrated camera reports a zero matrix, whose inverse is NaN or
+// infinite, and every mapping then fails its range tests.
+inline void InvertRotation(const ZeltoTof::Matrix_& r, float (&m)[9]) {
+  const float det = r.a * (r.e * r.i - r.f * r.h) - r.b * (r.d * r.i - r.f * r.g) +
+                    r.c * (r.d * r.h - r.e * r.g);
+  m[0] = (r.e * r.i - r.f * r.h) / det;
+  m[1] = (r.c * r.h - r.b * r.i) / det;
+  m[2] = (r.b * r.f - r.c * r.e) / det;
+  m[3] = (r.f * r.g - r.d * r.i) / det;
+  m[4] = (r.a * r.i - r.c * r.g) / det;
+  m[5] = (r.c * r.d - r.a * r.f) / det;
+  m[6] = (r.d * r.h - r.e * r.g) / det;
+  m[7] = (r.b * r.g - r.a * r.h) / det;
+  m[8] = (r.a * r.e - r.b * r.d) / det;
+}
+
 // `inverse` is the inverted rotation of `calibration`, row by row.
 template <class F>
 ColorLens<F> MakeColorLens(const ZeltoTof::ZeltoTofCalibrationSettingsProperty_& calibration,

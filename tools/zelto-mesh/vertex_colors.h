@@ -22,16 +22,11 @@ constexpr uint8_t kNoColor = 128;
 std::optional<size_t> FrameAtTimestamp(const ZeltoSim::Recording& recording, uint64_t timestamp,
                                        size_t from);
 
-// Colour image pixel (column, row) of a depth-camera point, exactly as the
-// mesh source maps a point onto a colour mask: rotation by the inverse of the
-// calibration's R (the translation is not applied), the colour intrinsics,
-// then truncation toward zero; empty outside the colour image.
-std::optional<std::pair<int32_t, int32_t>> ColorPixel(
-    const ZeltoTof::ZeltoTofCalibrationSettingsProperty_& calibration, const float point[3]);
-
 // Fills mesh->colors with red, green, blue per vertex from frame `index`'s
-// colour image, each vertex taking the pixel ColorPixel names (no
-// interpolation, so a vertex's colour is one the camera saw). Leaves the
+// colour image, each vertex taking the pixel the mesh source would map it to
+// for a colour mask: rotation by the inverse of the calibration's R (the
+// translation is not applied), the colour intrinsics, truncation toward zero
+// (no interpolation, so a vertex's colour is one the camera saw). Leaves the
 // colours empty when the recording has no colour images. False with `error`
 // set when the image cannot be read.
 bool ColorizeMesh(const ZeltoSim::Recording& recording, size_t index, Mesh* mesh,
