@@ -32,6 +32,15 @@ TEST(JsonMsgpack, ConvertsBothWays) {
   }
 }
 
+// Damaged replies fail before anything is reserved for what they claim.
+TEST(JsonMsgpack, RefusesRepliesBeyondTheirBytesOrNestedTooDeep) {
+  const Bytes cases[] = {{0xdd, 0xff, 0xff, 0xff, 0xff, 0xc0}, Cat({Bytes(1000000, 0x91), {0xc0}})};
+  for (const Bytes& bytes : cases) {
+    SCOPED_TRACE(bytes.size());
+    EXPECT_THROW(MsgpackToJson(bytes.data(), bytes.size()), std::runtime_error);
+  }
+}
+
 // The first vertex at the builder's invalid depth takes its triangle along;
 // the others keep their order, renumbered, even at depths next to it.
 TEST(PlyWriter, WritesTheMeshWithoutTheInvalidVertices) {
