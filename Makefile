@@ -4,7 +4,7 @@ JOBS ?= $(shell nproc)
 ZELTO_MESH = build/default/bin/zelto-mesh
 
 .PHONY: all bootstrap build build-cli run test test-default test-asan test-tsan \
-  test-arm64 test-release-warnings bench soak clean
+  test-arm64 test-release-warnings test-fuzz fuzz bench soak clean
 
 all: build
 
@@ -29,8 +29,9 @@ run: build-cli
 
 # The suite twice (normal, then AddressSanitizer + UBSan), then the
 # concurrency suite under ThreadSanitizer, then the suite built for arm64,
-# then the warning check of a plain Release build.
-test: bootstrap test-default test-asan test-tsan test-arm64 test-release-warnings
+# then the warning check of a plain Release build, then a short run of each
+# fuzz harness.
+test: bootstrap test-default test-asan test-tsan test-arm64 test-release-warnings test-fuzz
 
 test-default:
 	cmake --preset default >/dev/null
@@ -61,6 +62,20 @@ test-arm64: bootstrap
 test-release-warnings: bootstrap
 	JOBS=$(JOBS) scripts/check-release-warnings g++
 	JOBS=$(JOBS) scripts/check-release-warnings clang++ zelto-mesh
+
+# The libFuzzer harnesses of fuzz/ (Clang, ASan + UBSan), each run for a few
+# seconds over its seeds, so that they keep building and running.
+test-fuzz: bootstrap
+	cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz -j $(JOBS)
+	ctest --preset fuzz
+
+# The same harnesses for FUZZ_SECONDS each (docs/fuzzing.md).
+FUZZ_SECONDS ?= 600
+fuzz: bootstrap
+	cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz -j $(JOBS)
+	scripts/fuzz $(FUZZ_SECONDS)
 
 bench: build
 	build/default/bin/zelto_bench

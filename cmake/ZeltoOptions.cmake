@@ -19,6 +19,12 @@ if(ZELTO_SANITIZE)
   add_compile_options(-fsanitize=${ZELTO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${ZELTO_SANITIZE})
 endif()
+# Fuzzing: every object carries libFuzzer's coverage counters, so that inputs
+# reaching new code in the plug-ins count as progress too; only the harness
+# programs link libFuzzer's main (fuzz/CMakeLists.txt).
+if(ZELTO_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
 
 # Project code: strict warnings. Applied per target so that third-party code
 # is not held to them. They are errors only where asked for (the presets and
@@ -63,7 +69,13 @@ function(zelto_plugin_exports target)
       message(FATAL_ERROR "${target}: the linker takes neither a version script nor "
         "--no-undefined, so the plug-in cannot be limited to its two entry points")
     endif()
-    target_link_options(${target} PRIVATE "LINKER:--version-script=${exports},--no-undefined")
+    # Clang links a sanitizer's runtime into programs only, so a sanitized
+    # plug-in leaves the runtime's symbols to the program that loads it.
+    set(no_undefined ",--no-undefined")
+    if(ZELTO_SANITIZE AND CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+      set(no_undefined "")
+    endif()
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${exports}${no_undefined}")
   endif()
   set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${exports})
 endfunction()

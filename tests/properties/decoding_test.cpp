@@ -53,6 +53,9 @@ TEST(Decoder, ReportsWhereAndWhyClientBytesCannotBeDecoded) {
       {"array count beyond the input", Into<Settings>(),
        Cat({{0x81}, Key("maskInfo"), {0xDC, 0xFF, 0xFF}}), 0, 8,
        ", buffer_size=13, offset=0, current=0(0x81)"},
+      {"map count beyond the input, 1,000 levels deep", Into<Rate>(),
+       Cat({{0x81}, Key("extra"), Bytes(1000, 0x91), {0xDF, 0xFF, 0xFF, 0xFF, 0xFF}}), 0, 8,
+       "map size overflow, buffer_size=1012, offset=0, current=0(0x81)"},
   };
   for (const Case& row : cases) {
     SCOPED_TRACE(row.name);
@@ -86,6 +89,9 @@ TEST(Decoder, ChangesOnlyTheFieldsAMapCarriesInDeclaredOrder) {
             Key("num"), {3}}), 0, Encode(Rate{1, 2}), 27},
       {"absent keys, nested too, keep values", Into(t123),
        Cat({{0x81}, Key("T"), {0x81}, Key("y"), F32(0x40800000)}), 0, Encode(t143), 11},
+      {"an ignored key nesting 1,000 containers", Into(Rate{7, 9}),
+       Cat({{0x82}, Key("extra"), Bytes(1000, 0x91), {0xC0}, Key("num"), {5}}), 0,
+       Encode(Rate{5, 9}), 1013},
       {"fields convert in declared order", Into(Rate{7, 9}),
        Cat({{0x82}, Key("denom"), {0xA1, 'x'}, Key("num"), {0x05}}), 8, Encode(Rate{5, 9}), 0},
       {"integer key fails before any field", Into(Rate{7, 9}),

@@ -44,6 +44,15 @@ TEST(JsonMsgpack, ConvertsBothWays) {
   }
 }
 
+// Damaged replies fail before anything is reserved for what they claim.
+TEST(JsonMsgpack, RefusesRepliesBeyondTheirBytesOrNestedTooDeep) {
+  const Bytes cases[] = {{0xdd, 0xff, 0xff, 0xff, 0xff, 0xc0}, Cat({Bytes(1000000, 0x91), {0xc0}})};
+  for (const Bytes& bytes : cases) {
+    SCOPED_TRACE(bytes.size());
+    EXPECT_THROW(MsgpackToJson(bytes.data(), bytes.size()), std::runtime_error);
+  }
+}
+
 // A 3 x 2 grid in the builder's order: cell 0 at about 1 m, cell 1 a skirt
 // to a wall at 2 m; vertex 4 is 2 % deeper than its neighbours.
 Mesh SkirtGrid() {

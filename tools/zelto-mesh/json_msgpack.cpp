@@ -12,6 +12,11 @@
 namespace zelto_cli {
 namespace {
 
+// Far deeper than any record; shallow enough for ToJson's recursion.
+constexpr size_t kMaxDepth = 1000;
+// The one float msgpack-c's packer mishandles (see Pack).
+constexpr float kTwoToThe64 = 18446744073709551616.0f;
+
 class ByteSink {
  public:
   explicit ByteSink(std::vector<uint8_t>* bytes) : bytes_(bytes) {}
@@ -23,7 +28,7 @@ class ByteSink {
   std::vector<uint8_t>* bytes_;
 };
 
-void Pack(const Json& value, msgpack::packer<ByteSink>& packer) {
+void Pack(const Json& value, ByteSink& sink, msgpack::packer<ByteSink>& packer) {
   switch (value.type()) {
     case Json::value_t::null:
     case Json::value_t::discarded:
@@ -44,9 +49,19 @@ void Pack(const Json& value, msgpack::packer<ByteSink>& packer) {
       }
       break;
     }
-    case Json::value_t::number_float:
-      packer.pack_float(static_cast<float>(value.get<double>()));
+    case Json::value_t::number_float: {
+      const float number = static_cast<float>(value.get<double>());
+      if (number == kTwoToThe64) {
+        // msgpack-c tests whether a float is whole by converting it to
+        // uint64, which cannot hold 2^64 (the float that uint64's largest
+        // value rounds to, and a JSON integer just past it): float 32 as is.
+        const char bytes[5] = {static_cast<char>(0xCA), 0x5F, static_cast<char>(0x80), 0, 0};
+        sink.write(bytes, sizeof bytes);
+      } else {
+        packer.pack_float(number);
+      }
       break;
+    }
     case Json::value_t::string:
       packer.pack(value.get_ref<const std::string&>());
       break;
@@ -59,13 +74,13 @@ void Pack(const Json& value, msgpack::packer<ByteSink>& packer) {
     }
     case Json::value_t::array:
       packer.pack_array(static_cast<uint32_t>(value.size()));
-      for (const Json& element : value) Pack(element, packer);
+      for (const Json& element : value) Pack(element, sink, packer);
       break;
     case Json::value_t::object:
       packer.pack_map(static_cast<uint32_t>(value.size()));
       for (const auto& [key, element] : value.items()) {
         packer.pack(key);
-        Pack(element, packer);
+        Pack(element, sink, packer);
       }
       break;
   }
@@ -143,15 +158,19 @@ std::vector<uint8_t> JsonToMsgpack(const Json& value) {
   std::vector<uint8_t> bytes;
   ByteSink sink(&bytes);
   msgpack::packer<ByteSink> packer(sink);
-  Pack(value, packer);
+  Pack(value, sink, packer);
   return bytes;
 }
 
 Json MsgpackToJson(const uint8_t* bytes, size_t size) {
   if (bytes == nullptr || size == 0) throw std::runtime_error("no MessagePack bytes");
   try {
+    // No count may claim more elements or bytes than the reply has, so a
+    // damaged header cannot make the CLI reserve gigabytes; nesting stops at
+    // kMaxDepth because printing walks the object recursively.
+    const msgpack::unpack_limit limits(size, size, size, size, size, kMaxDepth);
     const msgpack::object_handle handle =
-        msgpack::unpack(reinterpret_cast<const char*>(bytes), size);
+        msgpack::unpack(reinterpret_cast<const char*>(bytes), size, nullptr, nullptr, limits);
     return ToJson(handle.get());
   } catch (const msgpack::unpack_error& error) {
     throw std::runtime_error(std::string("malformed MessagePack: ") + error.what());

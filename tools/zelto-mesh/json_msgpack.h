@@ -21,7 +21,8 @@ std::vector<uint8_t> JsonToMsgpack(const Json& value);
 // Decodes exactly one MessagePack object. Map keys that are not strings
 // (the channel numbers of "channel_info_property") become their decimal
 // text; float 32 values print with the shortest text that reads back as the
-// same float. Throws std::runtime_error on malformed input.
+// same float. Throws std::runtime_error on malformed input, on a count
+// larger than the bytes could hold and on nesting deeper than 1000 levels.
 Json MsgpackToJson(const uint8_t* bytes, size_t size);
 
 }  // namespace zelto_cli

@@ -141,14 +141,14 @@ class MsgPackDecoder {
   // Parser limits. No array, map, string or binary can hold more elements or
   // bytes than the input has left, so a larger count is refused before
   // anything is allocated for it: a hostile four-byte header must not make
-  // the process reserve gigabytes. Nesting stops at 64 levels, far deeper
-  // than any record, so that crafted input cannot exhaust the stack.
+  // the process reserve gigabytes. Nesting is bounded the same way and no
+  // tighter: the parser keeps its open containers on the heap, not on the
+  // call stack, and a record skips a key it does not know however deep that
+  // key's value nests, so a client's extra data never fails the whole map.
   msgpack::unpack_limit Limits() const {
     const size_t left = size_ - offset_;
-    return msgpack::unpack_limit(left, left, left, left, left, kMaxDepth);
+    return msgpack::unpack_limit(left, left, left, left, left, left);
   }
-
-  static constexpr size_t kMaxDepth = 64;
 
   const char* data_;
   size_t size_;
