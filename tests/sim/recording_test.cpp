@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <random>
 
 #include "zelto_sim/png_io.h"
 
@@ -60,6 +61,27 @@ TEST(Recording, DepthToPointRoundsAndClamps) {
       const Point16 q = DepthToPoint(image[i], i % 4, i / 4, intrinsics);
       EXPECT_EQ(std::vector<int16_t>(&points[3 * i], &points[3 * i + 3]),
                 std::vector<int16_t>({q.x, q.y, q.z})) << "pixel " << i;
+    }
+  }
+}
+
+// The image conversion estimates in single precision and redoes only the
+// pixels it is unsure of: on random cameras and depths every pixel must
+// still be the rule's, the last pixels of a row (width 67) included.
+TEST(Recording, ImageConversionIsTheRuleOnRandomCameras) {
+  std::mt19937 random(11);
+  std::uniform_real_distribution<double> focal(0.5, 2000), centre(-100, 400);
+  std::vector<uint16_t> image(67 * 9);
+  std::vector<int16_t> points(image.size() * 3);
+  for (int camera = 0; camera < 200; ++camera) {
+    const Intrinsics intrinsics{67, 9, focal(random), focal(random), centre(random),
+                                centre(random), camera % 4 == 0 ? 5000.0 : 1000.0};
+    for (uint16_t& sample : image) sample = uint16_t(random() % (camera % 3 == 0 ? 65536 : 12000));
+    DepthImageToPointCloud(image.data(), intrinsics, points.data());
+    for (size_t i = 0; i < image.size(); ++i) {
+      const Point16 q = DepthToPoint(image[i], int32_t(i % 67), int32_t(i / 67), intrinsics);
+      ASSERT_EQ(std::vector<int16_t>(&points[3 * i], &points[3 * i + 3]),
+                std::vector<int16_t>({q.x, q.y, q.z})) << "camera " << camera << ", pixel " << i;
     }
   }
 }
