@@ -49,8 +49,9 @@ test-tsan:
 	ctest --preset tsan
 
 # Cross-built for arm64 and run under qemu-user: the device must deliver the
-# same mesh bytes as an x86-64 host. The concurrency suite is left out: under
-# the emulator its threads spin on a contended mutex for many minutes.
+# same mesh bytes as an x86-64 host. The suites that drive the host and the
+# simulated device (whose decoding threads meet the host's on locks) are left
+# out: under the emulator contended mutexes spin for many minutes.
 test-arm64: bootstrap
 	cmake --preset arm64 >/dev/null
 	cmake --build --preset arm64 -j $(JOBS)
