@@ -17,26 +17,32 @@
 static thread_local long allocationsBeforeFailure = -1;
 static std::atomic<long long> liveBytes{0};
 
-void* operator new(size_t size) {
+// Every form of new and delete goes through these two, so that no delete
+// calls another form of itself (which GCC reports as a mismatch).
+static void* Take(size_t size) {
   void* block = allocationsBeforeFailure-- == 0 ? nullptr : malloc(size);
-  if (block == nullptr) throw std::bad_alloc();
-  liveBytes += static_cast<long long>(malloc_usable_size(block));
+  if (block != nullptr) liveBytes += static_cast<long long>(malloc_usable_size(block));
   return block;
 }
-void* operator new(size_t size, const std::nothrow_t&) noexcept {
-  try { return operator new(size); } catch (const std::bad_alloc&) { return nullptr; }
-}
-void* operator new[](size_t size) { return operator new(size); }
-void* operator new[](size_t size, const std::nothrow_t&) noexcept {
-  return operator new(size, std::nothrow);
-}
-void operator delete(void* block) noexcept {
+static void Give(void* block) noexcept {
   liveBytes -= static_cast<long long>(malloc_usable_size(block));  // 0 for null
   free(block);
 }
-void operator delete(void* block, size_t /*size*/) noexcept { operator delete(block); }
-void operator delete[](void* block) noexcept { operator delete(block); }
-void operator delete[](void* block, size_t /*size*/) noexcept { operator delete(block); }
+
+void* operator new(size_t size) {
+  if (void* block = Take(size)) return block;
+  throw std::bad_alloc();
+}
+void* operator new[](size_t size) {
+  if (void* block = Take(size)) return block;
+  throw std::bad_alloc();
+}
+void* operator new(size_t size, const std::nothrow_t&) noexcept { return Take(size); }
+void* operator new[](size_t size, const std::nothrow_t&) noexcept { return Take(size); }
+void operator delete(void* block) noexcept { Give(block); }
+void operator delete[](void* block) noexcept { Give(block); }
+void operator delete(void* block, size_t /*size*/) noexcept { Give(block); }
+void operator delete[](void* block, size_t /*size*/) noexcept { Give(block); }
 // The host substitute and the device simulator are not built to survive a failed allocation in
 // their own code; LeakSanitizer counts only what the component leaks.
 extern "C" const char* __lsan_default_suppressions() {
