@@ -1,7 +1,8 @@
 // Every operator new fails the n-th allocation of a call, for each n: nothing may throw or leak.
-#include <malloc.h>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
 
-#include <atomic>
 #include <functional>
 #include <new>
 #include <string>
@@ -15,17 +16,30 @@
 // 0 fails the next allocation, < 0 none. Per thread: only the calls the test
 // makes fail, not the device's own decoding threads running beside them.
 static thread_local long allocationsBeforeFailure = -1;
-static std::atomic<long long> liveBytes{0};
+// Bytes taken minus bytes given back by this thread: what a release on the
+// test's thread frees, whatever the device's threads do meanwhile.
+static thread_local long long liveBytes = 0;
 
 // Every form of new and delete goes through these two, so that no delete
-// calls another form of itself (which GCC reports as a mismatch).
-static void* Take(size_t size) {
-  void* block = allocationsBeforeFailure-- == 0 ? nullptr : malloc(size);
-  if (block != nullptr) liveBytes += static_cast<long long>(malloc_usable_size(block));
-  return block;
+// calls another form of itself (which GCC reports as a mismatch). Each block
+// carries the size asked for in front of it: the count must not depend on how
+// much the C library rounded a block up, which varies with what other
+// threads freed before.
+constexpr size_t kHeader = alignof(std::max_align_t);
+__attribute__((noinline)) static void* Take(size_t size) {
+  auto* block = allocationsBeforeFailure-- == 0 ? nullptr
+                                                : static_cast<char*>(malloc(size + kHeader));
+  if (block == nullptr) return nullptr;
+  std::memcpy(block, &size, sizeof size);
+  liveBytes += static_cast<long long>(size);
+  return block + kHeader;
 }
-static void Give(void* block) noexcept {
-  liveBytes -= static_cast<long long>(malloc_usable_size(block));  // 0 for null
+__attribute__((noinline)) static void Give(void* pointer) noexcept {
+  if (pointer == nullptr) return;
+  char* block = static_cast<char*>(pointer) - kHeader;
+  size_t size = 0;
+  std::memcpy(&size, block, sizeof size);
+  liveBytes -= static_cast<long long>(size);
   free(block);
 }
 
